@@ -1,0 +1,111 @@
+// CBasicVariable: what a script name refers to.
+//
+// An array of CVarBase values that is never empty, with a current index that
+// every plain read and write uses. Element fields double as the fields of a
+// record. A variable may carry a change hook: every write then raises a named
+// event in the owning interpreter with the variable as the argument.
+#pragma once
+
+#include <orvobasic/CVarBase.h>
+
+#include <vector>
+
+class COrvoBasic;
+
+class CBasicVariable {
+public:
+    CBasicVariable() { Init(); }
+    CBasicVariable(const CString& v) { Init(); m_items[0].SetValue(v); }
+    CBasicVariable(const char16_t* v) { Init(); m_items[0].SetValue(v); }
+    CBasicVariable(double v) { Init(); m_items[0].SetValue(v); }
+    CBasicVariable(int v) { Init(); m_items[0].SetValue(static_cast<long>(v)); }
+    CBasicVariable(bool v) { Init(); m_items[0].SetValue(v); }
+    CBasicVariable(const CBasicVariable& other) { Init(); Set(other); }
+    CBasicVariable(CBasicVariable&& other) noexcept;
+    ~CBasicVariable() = default;
+
+    CBasicVariable& operator=(const CBasicVariable& other) { Set(other); return *this; }
+    CBasicVariable& operator=(double v) { SetValue(v); return *this; }
+    CBasicVariable& operator=(const CString& v) { SetValue(v); return *this; }
+    CBasicVariable& operator=(const char16_t* v) { SetValue(v); return *this; }
+    CBasicVariable& operator=(int v) { SetValue(v); return *this; }
+    CBasicVariable& operator=(bool v) { SetValue(v); return *this; }
+    CBasicVariable& operator=(IDispatch* v) { SetValue(v); return *this; }
+    CBasicVariable& operator=(const unsigned short& v) { SetValue(static_cast<int>(v)); return *this; }
+    CBasicVariable& operator=(const char& v) { SetValue(static_cast<int>(static_cast<signed char>(v))); return *this; }
+    CBasicVariable& operator=(const float& v) { SetValue(static_cast<double>(v)); return *this; }
+
+    // Reads, all on the current element.
+    BASICVARTYPE GetType() const { return Cur().GetType(); }
+    CString GetStringValue() const { return Cur().GetStringValue(); }
+    double GetNumberValue() const { return Cur().GetDoubleValue(); }
+    long GetLongValue() const { return Cur().GetLongValue(); }
+    IDispatch* GetObjectValue() const { return Cur().GetObjectValue(); }
+    const CVarBase& GetCurrent() const { return Cur(); }
+    const CVarBase& GetItem(int index) const { return m_items[static_cast<size_t>(index)]; }
+    bool IsSet() const;
+    int GetNumItems() const { return static_cast<int>(m_items.size()); }
+    bool IsArray() const { return m_items.size() > 1; }
+    int GetCurIndex() const { return m_curIndex; }
+    const CString& GetFieldName() const { return Cur().GetFieldName(); }
+
+    // Writes; each ends by raising the change hook.
+    void SetValue(const CString& v);
+    void SetValue(const char16_t* v);
+    void SetValue(const double& v);
+    void SetValue(const int& v);
+    void SetValue(bool v);
+    void SetValue(IDispatch* const v);
+    void SetValue(const CString& v, int index);
+    void SetValue(const char16_t* v, int index);
+    void SetValue(const double& v, int index);
+    void SetValue(const int& v, int index);
+    // Stores the pointer as an integer, without a reference (kept as designed).
+    void SetValue(IDispatch* const v, int index);
+    void SetValue(const CBasicVariable& v);
+    bool SetValue(const VARIANT& v);
+    bool Increment();
+    CBasicVariable& operator++() { Increment(); return *this; }
+    void Set(const CBasicVariable& other);
+    void SetFieldName(const CString& name) { Cur().SetFieldName(name); }
+    void ReleaseStringBuffer();
+    char16_t* GetStringBuffer(int length) { return Cur().GetStringBuffer(length); }
+
+    // Positioning and sizing.
+    void SetCurIndex(int index);
+    bool SetCurField(const CString& name);
+    int AddItem();
+    int AddItem(double v) { return AddValue(CVarBase(v)); }
+    int AddItem(int v) { return AddValue(CVarBase(static_cast<long>(v))); }
+    int AddItem(unsigned long v) { return AddValue(CVarBase(static_cast<long>(static_cast<int>(v)))); }
+    int AddItem(bool v) { return AddValue(CVarBase(v)); }
+    int AddItem(const CString& v) { return AddValue(CVarBase(v)); }
+    int AddItem(const char16_t* v) { return AddValue(CVarBase(v)); }
+    int AddItem(IDispatch* v) { return AddValue(CVarBase(v)); }
+    // Takes src's element at *this* variable's current index (kept as designed).
+    int AddItem(const CBasicVariable& src);
+    void SetArraySize(int count);
+    void Redim(int count);
+
+    // Change hook.
+    void SetChangeEvent(COrvoBasic* owner, const CString& name);
+    void RemoveChangeEvent() { m_eventOwner = nullptr; }
+    bool HasChangeEvent() const { return m_eventOwner != nullptr; }
+
+    // The hard ceiling of an array's size.
+    static constexpr int kMaxItems = 16000;
+
+private:
+    void Init();
+    int AddValue(const CVarBase& value);
+    void OnChange();
+    CVarBase& Cur() { return m_items[static_cast<size_t>(m_curIndex)]; }
+    const CVarBase& Cur() const { return m_items[static_cast<size_t>(m_curIndex)]; }
+
+    std::vector<CVarBase> m_items;
+    int m_curIndex = 0;
+    COrvoBasic* m_eventOwner = nullptr;
+    CString m_eventName;
+};
+
+using CArgArray = std::vector<CBasicVariable>;

@@ -1,0 +1,439 @@
+// COrvoBasic: one interpreter, one script run.
+//
+// The interpreter holds the whole script text in memory and executes it
+// statement by statement straight from the text: the tokenizer cuts the next
+// token at the cursor, statement handlers read their operands through the
+// tokenizer and the expression evaluator, and jumps move the cursor. There is
+// no parse tree. Everything a script creates (variables, functions, labels,
+// maps, types, events, files, tables) is owned by the interpreter and freed
+// when it is destroyed.
+#pragma once
+
+#include <orvobasic/CBasicVariable.h>
+#include <orvobasic/CString.h>
+
+#include <atomic>
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace ob::ui {
+class Desktop;
+}
+
+namespace ob {
+
+// Hash for CString keys in the interpreter's tables.
+struct CStringHash {
+    size_t operator()(const CString& s) const noexcept {
+        return std::hash<std::u16string_view>()(std::u16string_view(s));
+    }
+};
+
+// Kinds of token, as get_token classifies them.
+enum BASIC_TOKEN_TYPE : int {
+    TOKEN_NONE = 0,
+    DELIMITER = 1,
+    VARIABLE = 2,
+    STRUCT_MEMBER = 3,
+    UNKNOWN_MEMBER = 4,
+    NUMBER = 5,
+    COMMAND = 6,
+    IDENTIFIER = 7,
+    QUOTE = 8,
+    LABEL = 9,
+    FUNCTION = 10,
+    COMMENT = 11,
+    KEYWORD = 12,
+};
+
+// Statement words. EOL and FINISHED are tokenizer markers, not statements.
+enum COMMAND_TYPE : int {
+    CMD_NONE = 0, CMD_PRINT = 1, CMD_IF = 2, CMD_DO = 3, CMD_LOOP = 4, CMD_THEN = 5,
+    CMD_FOR = 6, CMD_NEXT = 7, CMD_TO = 8, CMD_GOTO = 9, CMD_EOL = 10, CMD_FINISHED = 11,
+    CMD_GOSUB = 12, CMD_RETURN = 13, CMD_END = 14, CMD_ELSE = 15, CMD_ENDIF = 16,
+    CMD_DIM = 17, CMD_FUNCTION = 18, CMD_ENDFUNCTION = 19, CMD_SUB = 20, CMD_ENDSUB = 21,
+    CMD_DECLARE = 22, CMD_DIALOG = 23, CMD_ENDDIALOG = 24, CMD_INCLUDE = 25,
+    CMD_LIBRARY = 26, CMD_REM = 27, CMD_MAP = 28, CMD_CALL = 29, CMD_RUN = 30,
+    CMD_RUNEXE = 31, CMD_OPEN = 32, CMD_CLOSE = 33, CMD_TYPE = 34, CMD_ENDTYPE = 35,
+    CMD_EVENT = 36, CMD_THROW = 37, CMD_WATCH = 38, CMD_CLOSEDIALOG = 39, CMD_ALTER = 40,
+    CMD_ENDALTER = 41, CMD_GLOBAL = 42, CMD_STAYRESIDENT = 43, CMD_PLAYSOUND = 44,
+    CMD_TIMERSTART = 45, CMD_TIMERSTOP = 46, CMD_SETFOCUS = 47, CMD_PAGE = 48,
+    CMD_ENDPAGE = 49, CMD_PROPERTYSHEET = 50, CMD_ENCRYPT = 51,
+};
+
+// Secondary keywords.
+enum KEYWORD_TYPE : int {
+    KW_NONE = 0, KW_ALIAS = 1, KW_AS = 2, KW_WHILE = 3, KW_LIB = 4, KW_BYVAL = 5,
+    KW_INTEGER = 6, KW_DOUBLE = 7, KW_FLOAT = 8, KW_CHAR = 9, KW_STRING = 10,
+    KW_UNICODE = 11, KW_TITLE = 14, KW_CALLING = 15, KW_CONTROL = 16, KW_BUTTON = 17,
+    KW_EDITTEXT = 18, KW_CHECKBOX = 19, KW_LISTBOX = 20, KW_OKBUTTON = 21,
+    KW_STATICTEXT = 22, KW_BITMAP = 23, KW_GROUPBOX = 24, KW_MULTILISTBOX = 25,
+    KW_DATETIME = 26, KW_EDITMULTILINE = 27, KW_CANCELBUTTON = 28, KW_COMBOBOX = 29,
+    KW_EDITNUMBER = 30, KW_RADIOGROUP = 31, KW_TREEVIEW = 32, KW_FONT = 33,
+    KW_WINDOW = 34, KW_CLEAR = 35, KW_CREATE = 36, KW_INPUT = 37, KW_OUTPUT = 38,
+    KW_APPEND = 39, KW_REMOVE = 40, KW_ONINIT = 41, KW_ONEXIT = 42, KW_SHOW = 43,
+    KW_ENABLE = 44, KW_VALUE = 45, KW_SELECTION = 46, KW_TEXT = 47, KW_MENUITEM = 48,
+    KW_POSITION = 49, KW_SLIDERHORZ = 50, KW_SLIDERVERT = 51, KW_TABCONTROL = 52,
+};
+
+// Callable names: built-ins 1..88 and 93, then the kinds of non-built-in.
+enum FUNCTION_TYPE : int {
+    FT_NONE = 0,
+    FT_SIN = 1, FT_COS = 2, FT_TAN = 3, FT_ABS = 4, FT_SQR = 5, FT_LOG2 = 6, FT_LOG10 = 7,
+    FT_LOG = 8, FT_ASIN = 9, FT_ACOS = 10, FT_ATAN = 11, FT_LEN = 12, FT_ISNAN = 13,
+    FT_LOWORD = 15, FT_HIWORD = 16, FT_MAPSET = 17, FT_MAPGET = 18, FT_MAPHAS = 19,
+    FT_MAPREMOVE = 20, FT_MAPGETKEYS = 21, FT_MAPGETVALUES = 22, FT_LEFT = 23,
+    FT_RIGHT = 24, FT_MID = 25, FT_INSTR = 26, FT_LCASE = 27, FT_UCASE = 28,
+    FT_REPLACE = 29, FT_INT = 30, FT_MAX = 31, FT_MIN = 32, FT_VAL = 33, FT_REPEAT = 34,
+    FT_FORMAT = 35, FT_WEEKDAY = 36, FT_MONTH = 37, FT_YEAR = 38, FT_DAY = 39,
+    FT_HOUR = 40, FT_MINUTE = 41, FT_SECOND = 42, FT_STR = 43, FT_UBOUND = 44,
+    FT_FILEOPENDLG = 45, FT_FILESAVEASDLG = 46, FT_CONTROLVALUE = 47, FT_READ = 48,
+    FT_WRITE = 49, FT_READLINE = 50, FT_READLIST = 51, FT_WRITELINE = 52, FT_SEEK = 53,
+    FT_FILESIZE = 54, FT_ISEOF = 55, FT_GETFILEPOS = 56, FT_POPUPMENU = 57,
+    FT_SENDMESSAGE = 58, FT_ASK = 59, FT_FINDFILES = 60, FT_GETPATH = 61,
+    FT_GETNAME = 62, FT_POINTOFFSET = 65, FT_GETWINDOWHANDLE = 66, FT_COPYDATA = 67,
+    FT_RAD2DMS = 68, FT_DMS2RAD = 69, FT_SWAP = 70, FT_DBFOPEN = 71, FT_DBFCREATE = 72,
+    FT_DBFCLOSE = 73, FT_DBFREAD = 74, FT_DBFWRITE = 75, FT_DBFAPPEND = 76,
+    FT_DBFSEEK = 77, FT_DBFDELETE = 78, FT_DBFNUMRECORDS = 79, FT_DBFNUMFIELDS = 80,
+    FT_DBFFIELDNAMES = 81, FT_CREATEOBJECT = 82, FT_GETVARSTATS = 83,
+    FT_GARBAGECOLLECTION = 84, FT_COMPORTOPEN = 85, FT_COMPORTCLOSE = 86,
+    FT_COMPORTREAD = 87, FT_COMPORTWRITE = 88,
+    FT_USER = 89, FT_CUSTOM = 90, FT_DECLARED = 91, FT_AUTOMATION = 92, FT_RAND = 93,
+};
+
+// Thrown by ReportError when the user refuses to go on; caught by ExecuteProgram.
+struct ScriptAbort {};
+
+// One entry of the control-flow stack ("for" and "do").
+struct CStackData {
+    CString name;          // loop variable of a "for", empty for a "do"
+    double value = 0;      // limit of a "for"
+    uint32_t position = 0; // where the loop goes back to
+    bool inUse = false;
+};
+
+class CUserTypes;
+class CMapDirectory;
+class CEventTable;
+class CFileSlotTable;
+class CDataFileTable;
+
+}  // namespace ob
+
+class COrvoBasic;
+struct CFuncDesc;
+
+// A function the host adds to the language: receives the calling
+// interpreter, the evaluated arguments and the user value it was registered
+// with, and returns the call's value.
+using OB_CustomFunction = CBasicVariable (*)(COrvoBasic* interpreter, CArgArray& args, int userData);
+
+// Handler of a built-in family.
+using FuncHandler = bool (COrvoBasic::*)(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+
+// One callable name.
+struct CFuncDesc {
+    CString name;                          // lower case
+    ob::FUNCTION_TYPE type = ob::FT_USER;
+    FuncHandler handler = nullptr;         // built-ins only
+    int bodyPosition = 0;                  // script functions: just behind the name
+    // Host custom functions.
+    OB_CustomFunction custom = nullptr;
+    int paramCount = 0;
+    int userData = 0;
+    // Declared library functions.
+    CString library;
+    CString entry;
+    std::vector<uint32_t> paramFlags;
+    uint32_t returnFlags = 0;
+    bool isSub = false;
+};
+
+class COrvoBasic {
+public:
+    COrvoBasic();
+    virtual ~COrvoBasic();
+    COrvoBasic(const COrvoBasic&) = delete;
+    COrvoBasic& operator=(const COrvoBasic&) = delete;
+
+    // ---- lifecycle (engine) ----
+    // Loads and runs a script; false only when the file could not be loaded.
+    bool ExecuteProgram(const CString& path);
+    bool IsResident() const { return m_resident; }
+    CString GetLastError() const { return m_lastError; }
+    const CString& GetScriptPath() const { return m_scriptPath; }
+
+    // ---- error reporting ----
+    // Shows message `id` with the current source line; throws ob::ScriptAbort
+    // when the user cancels.
+    void ReportError(int id);
+    CString GetCurrentLine();
+    static CString LoadMessage(int id);
+    // 1-based line of a text position.
+    int LineOfPosition(uint32_t position) const;
+
+    // ---- registry and host interface ----
+    static std::list<void*> m_List;
+    static std::mutex m_Door;   // created, deliberately never locked
+    static int32_t m_nNumberOfCopies;
+    static std::unordered_map<CString, CFuncDesc*, ob::CStringHash> m_ExtFunctionTable;
+    static bool IsValidInterpreter(void* interpreter);
+    void AddToNotifyList();
+    void RemoveFromNotifyList();
+    static bool SendEvent(const CString& name, CArgArray& args);
+    static bool SendEvent(const CString& name, CBasicVariable* arg);
+    bool AddCustomFunction(const CString& name, OB_CustomFunction function, int paramCount, int userData);
+
+    // ---- events ----
+    bool EventAdd(const CString& event, const CString& function);
+    bool EventRemove(const CString& event, const CString& function);
+    bool EventRemove(const CString& event);
+    bool EventThrow(const CString& event, CArgArray& args);
+    bool EventThrow(const CString& event, CBasicVariable* arg);
+    bool EventsFree();
+
+    // ---- variable store (public for hosts) ----
+    CBasicVariable* FindVariable(CString& name);
+    bool SetVariable(const CString& name, const CBasicVariable& value, int index);
+    bool SetVariable(const CString& name, double value, int index);
+    bool SetVariable(const CString& name, const CString& value, int index);
+    bool SetVariableDirect(const CString& name, const CBasicVariable& value, int index, bool global);
+    bool CopyVariable(const CString& name, const CBasicVariable& value, bool global = false);
+    int GetVariableSize(const CString& name);
+    bool FindStructVariable(const CString& name, const CString& field, CBasicVariable& value, bool report);
+    bool SetStructVariable(const CString& name, const CString& field, CBasicVariable& value);
+
+    // Scope level: 1 in the main program, +1 per user-function call.
+    unsigned GetScopeLevel() const { return m_scopeLevel; }
+
+    // Bounds that keep the C++ stack safe.
+    static constexpr int kMaxCallDepth = 20000;
+    static constexpr int kMaxExprDepth = 2000;
+
+    // ---- statements and built-ins, by family (internal) ----
+    // The rest is public so that family files and tests reach it; hosts
+    // should use the members above.
+
+    // tokenizer
+    char16_t CurChar() const { return m_text[m_pos]; }
+    void NextChar() { if (m_pos < m_endIndex) ++m_pos; }
+    bool IsEndOfProgram() const { return m_pos >= m_endIndex; }
+    bool Rewind();
+    bool Rewind(uint32_t position);
+    void PushPosition(uint32_t position) { m_returnStack.push_back(position); }
+    bool PopPosition(uint32_t& position);
+    bool FindEOL();
+    bool GoPastEOL();
+    ob::BASIC_TOKEN_TYPE get_token();
+    void putback();
+    uint32_t GetPosition() const { return m_pos; }
+    // Loads program text directly (tests and hosts that hold text in memory).
+    void SetProgramText(const CString& text);
+
+    // vocabulary
+    bool BuildCommandTable();
+    bool BuildKeywordTable();
+    ob::COMMAND_TYPE LookupCommand(const CString& word) const;
+    ob::KEYWORD_TYPE LookupKeyword(const CString& word) const;
+
+    // evaluator
+    void get_exp(CBasicVariable& result);
+    bool ExecLogicalStatement();
+    int GetLogOperation();
+    bool ComputeOperation(int op, CBasicVariable& left, CBasicVariable& right);
+    bool ComputeArithmetic(int op, double& a, double b);
+    bool ComputeString(int op, CString& a, const CString& b);
+    static int GetArithOperation(char16_t c);
+
+    // variable store
+    void AddScopeLevelExtension(CString& name) const;
+    CString GetVariableName(const CString& name);
+    bool SetVariableSize(const CString& name, int size, bool global);
+    bool VariableUndefine(const CString& name);
+    bool GetVariable(CString& name);
+    bool GetIndex(int& index);
+    bool VariablesFree();
+    bool ExecDim(bool global);
+    // Field type of a type keyword: 1 char, 3 integer, 4 float, 5 double, 6 string; 0 otherwise.
+    static int KeywordToType(ob::KEYWORD_TYPE keyword);
+    bool ExecGetVarStats(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    bool ExecGarbageCollection(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    size_t VariableCount() const { return m_variables.size(); }
+    std::vector<CString>& OperandList() { return m_operands; }
+
+    // statement loop
+    bool Exec_command();
+    bool ExecCommandStatement();
+    bool ExecUnsupported();
+    bool assignment();
+    bool ExecPrint();
+
+    // control flow
+    bool LabelsScan();
+    bool LabelsFree();
+    bool LabelAdd(const CString& name, uint32_t position);
+    bool LabelGet(const CString& name, uint32_t& position) const;
+    bool ExecGoto();
+    bool ExecIf();
+    bool ExecElse();
+    bool ExecFor();
+    bool ExecNext();
+    bool ExecDoWhile();
+    bool ExecLoop();
+    bool ExecGosub();
+    bool ExecReturn();
+    void PushToStack(const ob::CStackData& entry) { m_flowStack.push_back(entry); }
+    void PushToStack(const CString& name, double value, uint32_t position);
+    bool PopFromStack(ob::CStackData& entry);
+    ob::COMMAND_TYPE FindLastPair(ob::COMMAND_TYPE open, ob::COMMAND_TYPE close, ob::COMMAND_TYPE stop);
+
+    // functions
+    bool BuildFunctionTable();
+    bool AddFunction(CFuncDesc* desc);
+    ob::FUNCTION_TYPE LookupFunction(const CString& name);
+    ob::FUNCTION_TYPE LookupFunction(const CString& name, CFuncDesc& desc, bool copy);
+    int GetParamList(CArgArray& args);
+    int GetParamGroup(CArgArray& args);
+    bool ExecFunction(CBasicVariable& result);
+    bool ExecUserFunction(const CString& name, CBasicVariable& result, CArgArray& args, bool isCall);
+    bool ExecCall();
+    bool FunctionsFree();
+    bool ExecCustomFunction(const CFuncDesc& desc, CBasicVariable& result, CArgArray& args);
+    // The descriptor of a callable name (host table first), or null.
+    const CFuncDesc* FindFuncDesc(const CString& lowerName) const;
+
+    // string, arithmetic and clock built-ins
+    bool ExecStringOperation(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    bool ExecArithmetics(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    bool ExecTimeFunc(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+
+    // user-defined types
+    bool ExecType();
+    bool TypesFree();
+    // Creates a record variable of a declared type ("dim v as T"); false and
+    // error 1 when the type is unknown.
+    bool DimStructVariable(const CString& name, const CString& typeName, bool global);
+    ob::CUserTypes& UserTypes() { return *m_types; }
+
+    // named maps
+    bool ExecMap();
+    bool ExecMapOperation(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    bool MapsFree();
+    ob::CMapDirectory& Maps() { return *m_maps; }
+
+    // events, watches, timers
+    bool ExecEvent();
+    bool ExecThrow();
+    bool ExecWatch();
+    bool ExecTimerStart();
+    bool ExecTimerStop();
+
+    // running other scripts and programs
+    bool ExecRun(bool script);
+
+    // files and dBase tables
+    bool ExecOpenFile();
+    bool ExecCloseFile();
+    bool ExecFileOperation(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    bool ExecFindFiles(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    bool ExecDBFOperation(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    bool FileCloseAll();
+    bool FileFormatCloseAll();
+    ob::CFileSlotTable& FileSlots() { return *m_fileSlots; }
+    ob::CDataFileTable& DataFiles() { return *m_dataFiles; }
+
+    // current token (read by statement handlers)
+    const CString& Token() const { return m_token; }
+    ob::BASIC_TOKEN_TYPE TokenType() const { return m_tokenType; }
+    ob::COMMAND_TYPE Command() const { return m_command; }
+    ob::KEYWORD_TYPE Keyword() const { return m_keyword; }
+    ob::FUNCTION_TYPE CurrentFunction() const { return m_function; }
+    const CString& MemberName() const { return m_memberName; }
+    const CString& CurrentFunctionName() const { return m_curFuncName; }
+    void SetStop() { m_stop = true; }
+    void SetResident() { m_resident = true; }
+    size_t ArgBufferCount() const { return m_argBuffers; }
+    void SetArgBufferCount(size_t n) { m_argBuffers = n; }
+
+private:
+    bool LoadFile(const CString& path);
+    void ExecStatement();
+    void RunMainLoop();
+    void BuildLineIndex();
+    bool IsDelimiterChar(char16_t c) const;
+    void ReadIdentifier();
+    ob::BASIC_TOKEN_TYPE ClassifyIdentifier();
+    void ReadStringLiteral();
+    void level2(CBasicVariable& result);
+    void level3(CBasicVariable& result);
+    void level4(CBasicVariable& result);
+    void level5(CBasicVariable& result);
+    void level6(CBasicVariable& result);
+    void primitive(CBasicVariable& result);
+    void unary(char16_t op, CBasicVariable& value);
+    void PrimitiveVariable(CBasicVariable& result);
+    void PrimitiveUnknownMember(CBasicVariable& result);
+    bool StoreAssignment(const CString& target, ob::BASIC_TOKEN_TYPE kind, bool indexed, int index,
+                         const CBasicVariable& value);
+    bool DimOne(bool global, bool& done);
+    int PendingIndex() const { return m_pendingIndex; }
+    bool RunFunctionBody();
+    void PerformReturn();
+    bool BindParameters(CArgArray& args);
+    void FreeScriptFunctionDescs();
+    bool ExpressionTooDeep();
+
+    // program text and cursor
+    CString m_scriptPath;
+    CString m_text;
+    uint32_t m_pos = 0;
+    uint32_t m_length = 0;
+    uint32_t m_endIndex = 0;
+    std::vector<uint32_t> m_lineStarts;
+    uint32_t m_stmtPos = 0;          // where the statement being executed began
+
+    // tables
+    std::unordered_map<CString, ob::COMMAND_TYPE, ob::CStringHash> m_commands;
+    std::unordered_map<CString, std::unique_ptr<CFuncDesc>, ob::CStringHash> m_functions;
+    std::unordered_map<CString, ob::KEYWORD_TYPE, ob::CStringHash> m_keywords;
+    std::unordered_map<CString, std::unique_ptr<CBasicVariable>, ob::CStringHash> m_variables;
+    std::unordered_map<CString, uint32_t, ob::CStringHash> m_labels;
+    std::vector<CString> m_operands;    // expression operand list
+    CString m_scratchName;              // reused by FindVariable
+    size_t m_argBuffers = 0;            // pending argument buffers of external calls
+    std::vector<uint32_t> m_returnStack;
+    std::vector<ob::CStackData> m_flowStack;
+    std::unique_ptr<ob::CUserTypes> m_types;
+    std::unique_ptr<ob::CMapDirectory> m_maps;
+    std::unique_ptr<ob::CEventTable> m_events;
+    std::unique_ptr<ob::CFileSlotTable> m_fileSlots;
+    std::unique_ptr<ob::CDataFileTable> m_dataFiles;
+
+    // state
+    CString m_lastError;
+    unsigned m_scopeLevel = 1;
+    int m_pendingIndex = 0;
+    int m_callDepth = 0;
+    int m_exprDepth = 0;
+    bool m_exprAbandoned = false;       // nesting bound hit: unwind without further reports
+    size_t m_exprOperandStart = 0;      // operand-list length when the expression began
+    bool m_stop = false;
+    bool m_resident = false;
+    ob::ui::Desktop* m_desktop = nullptr;
+
+    // current token
+    ob::COMMAND_TYPE m_command = ob::CMD_NONE;
+    ob::FUNCTION_TYPE m_function = ob::FT_NONE;
+    ob::KEYWORD_TYPE m_keyword = ob::KW_NONE;
+    ob::BASIC_TOKEN_TYPE m_tokenType = ob::TOKEN_NONE;
+    ob::BASIC_TOKEN_TYPE m_prevTokenType = ob::TOKEN_NONE;
+    CString m_token;
+    CString m_memberName;
+    CString m_curFuncName;
+    int m_curFuncPos = 0;
+};

@@ -1,0 +1,89 @@
+// CVarBase: the single tagged value of the language.
+//
+// Holds nothing (unset), a 32-bit integer, a double, a string, a truth value
+// or a counted reference to an automation object, with the conversions every
+// part of the interpreter relies on: integers print with "%i", doubles with
+// "%f" (six decimals), truth values as "True"/"False"; strings read as doubles
+// with full floating-point syntax but as integers with a decimal prefix only.
+#pragma once
+
+#include <orvobasic/CString.h>
+#include <orvobasic/automation.h>
+
+#include <cstdint>
+
+enum BASICVARTYPE { BVT_UNSET = 0, BVT_NUMBER = 1, BVT_STRING = 2, BVT_OBJECT = 3 };
+
+class CVarBase {
+public:
+    CVarBase() = default;
+    CVarBase(const char16_t* text);
+    CVarBase(const CString& text);
+    CVarBase(const double& number);
+    CVarBase(long number);
+    CVarBase(int number) : CVarBase(static_cast<long>(number)) {}
+    CVarBase(bool truth);
+    CVarBase(IDispatch* const object);
+    // Copies the value only: the new value's field name and buffer stay empty.
+    CVarBase(const CVarBase& other);
+    CVarBase(CVarBase&& other) noexcept;
+    ~CVarBase();
+
+    void SetValue(const char16_t* text);
+    void SetValue(const CString& text);
+    void SetValue(const double& number);
+    void SetValue(long number);
+    void SetValue(bool truth);
+    void SetValue(IDispatch* const object);
+    // Copies value and string buffer; the field name of this value is kept.
+    void SetValue(const CVarBase& other);
+    // Maps a foreign VARIANT; false (value unchanged) for unsupported codes.
+    bool SetValue(const VARIANT& value);
+
+    CVarBase& operator=(const double& v) { SetValue(v); return *this; }
+    CVarBase& operator=(const CString& v) { SetValue(v); return *this; }
+    CVarBase& operator=(const char16_t* v) { SetValue(v); return *this; }
+    CVarBase& operator=(long v) { SetValue(v); return *this; }
+    CVarBase& operator=(bool v) { SetValue(v); return *this; }
+    CVarBase& operator=(IDispatch* v) { SetValue(v); return *this; }
+    CVarBase& operator=(const CVarBase& v) { SetValue(v); return *this; }
+    CVarBase& operator=(CVarBase&& v) noexcept;
+
+    BASICVARTYPE GetType() const;
+    bool IsSet() const { return GetType() != BVT_UNSET; }
+    VARTYPE GetVarType() const { return m_vt; }
+
+    CString GetStringValue() const;
+    double GetDoubleValue() const;
+    long GetLongValue() const;
+    IDispatch* GetObjectValue() const;   // borrowed, no reference added
+    // Direct access to a stored string, without copying; empty for non-strings.
+    const CString& StringRef() const { return m_vt == VT_BSTR ? m_str : EmptyString(); }
+
+    bool Increment();
+
+    // In-place editing of the text form for code that fills a character buffer.
+    char16_t* GetStringBuffer(int length);
+    void ReleaseStringBuffer();
+
+    const CString& GetFieldName() const { return m_fieldName; }
+    void SetFieldName(const CString& name) { m_fieldName = name; }
+
+    // Empties the value (back to unset), releasing an object.
+    void Clear();
+
+private:
+    static const CString& EmptyString();
+    void CopyValueFrom(const CVarBase& other);
+
+    CString m_fieldName;
+    VARTYPE m_vt = VT_EMPTY;
+    union {
+        int32_t m_long;
+        double m_double = 0;
+        int16_t m_bool;
+        IDispatch* m_object;
+    };
+    CString m_str;
+    CString m_buffer;
+};

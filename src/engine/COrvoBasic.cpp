@@ -1,0 +1,240 @@
+// Interpreter lifecycle: construction, destruction, loading a script and the
+// statement loop.
+#include <orvobasic/COrvoBasic.h>
+#include <orvobasic/desktop.h>
+
+#include "engine/EventTable.h"
+#include "io/DataFileTable.h"
+#include "io/FileSlots.h"
+#include "platform/CodePage.h"
+#include "values/Maps.h"
+#include "values/UserTypes.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <memory>
+
+using namespace ob;
+
+COrvoBasic::COrvoBasic()
+    : m_types(std::make_unique<CUserTypes>()),
+      m_maps(std::make_unique<CMapDirectory>()),
+      m_events(std::make_unique<CEventTable>()),
+      m_fileSlots(std::make_unique<CFileSlotTable>()),
+      m_dataFiles(std::make_unique<CDataFileTable>()) {
+    BuildCommandTable();
+    BuildFunctionTable();
+    BuildKeywordTable();
+    m_scopeLevel = 1;
+    m_desktop = &ui::GetDesktop();
+    AddToNotifyList();
+    ++m_nNumberOfCopies;
+    CBasicVariable nothing;
+    nothing.SetValue(static_cast<IDispatch*>(nullptr));
+    SetVariableDirect(u"Nothing", nothing, 0, true);
+    SetVariableDirect(u"True", CBasicVariable(true), 0, true);
+    SetVariableDirect(u"False", CBasicVariable(false), 0, true);
+    std::srand(static_cast<unsigned>(std::time(nullptr)));
+}
+
+COrvoBasic::~COrvoBasic() {
+    ExecTimerStop();
+    RemoveFromNotifyList();
+    LabelsFree();
+    VariablesFree();
+    FunctionsFree();
+    MapsFree();
+    TypesFree();
+    EventsFree();
+    FileCloseAll();
+    FileFormatCloseAll();
+    --m_nNumberOfCopies;
+}
+
+// Reads the whole file as 8-bit text and appends one line feed.
+bool COrvoBasic::LoadFile(const CString& path) {
+    std::FILE* f = std::fopen(path.ToUtf8().c_str(), "rb");
+    if (!f) return false;
+    std::string bytes;
+    char chunk[65536];
+    size_t n;
+    while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0) bytes.append(chunk, n);
+    bool failed = std::ferror(f) != 0;
+    std::fclose(f);
+    if (failed) return false;
+    m_text.clear();
+    platform::AnsiToWide(bytes, m_text);
+    m_text.push_back(u'\n');
+    return true;
+}
+
+// Line starts of the program text, for error locations. A line ends at LF,
+// at CR LF, or at a lone CR.
+void COrvoBasic::BuildLineIndex() {
+    m_lineStarts.assign(1, 0);
+    for (uint32_t i = 0; i < m_length; ++i) {
+        char16_t c = m_text[i];
+        if (c == u'\n' || (c == u'\r' && (i + 1 >= m_length || m_text[i + 1] != u'\n')))
+            m_lineStarts.push_back(i + 1);
+    }
+}
+
+int COrvoBasic::LineOfPosition(uint32_t position) const {
+    if (m_lineStarts.empty()) return 0;
+    auto it = std::upper_bound(m_lineStarts.begin(), m_lineStarts.end(), position);
+    return static_cast<int>(it - m_lineStarts.begin());
+}
+
+void COrvoBasic::SetProgramText(const CString& text) {
+    m_text = text;
+    m_text.push_back(u'\n');
+    m_length = static_cast<uint32_t>(m_text.size());
+    m_endIndex = m_length - 1;
+    BuildLineIndex();
+    Rewind();
+}
+
+bool COrvoBasic::ExecuteProgram(const CString& path) {
+    m_text.clear();
+    m_scriptPath = path;
+    m_stmtPos = 0;
+    if (!LoadFile(path)) {
+        try {
+            ReportError(17);
+        } catch (const ScriptAbort&) {
+        }
+        return false;
+    }
+    m_length = static_cast<uint32_t>(m_text.size());
+    m_endIndex = m_length - 1;
+    m_prevTokenType = DELIMITER;
+    BuildLineIndex();
+    try {
+        LabelsScan();
+        m_stop = false;
+        CArgArray args(1, CBasicVariable(m_scriptPath));
+        EventThrow(u"OnStart", args);
+        RunMainLoop();
+        EventThrow(u"OnStop", args);
+    } catch (const ScriptAbort&) {
+        m_stop = true;
+    }
+    return true;
+}
+
+void COrvoBasic::RunMainLoop() {
+    Rewind();
+    do {
+        ExecStatement();
+    } while (!m_stop && m_command != CMD_FINISHED);
+}
+
+// Reads one token and executes the statement it begins. A token that cannot
+// begin a statement ends the run.
+void COrvoBasic::ExecStatement() {
+    m_stmtPos = m_pos;
+    switch (get_token()) {
+    case VARIABLE:
+    case COMMAND:
+        Exec_command();
+        break;
+    case DELIMITER:
+    case COMMENT:
+        break;
+    default:
+        ReportError(18);
+        m_stop = true;
+        break;
+    }
+}
+
+bool COrvoBasic::ExecCommandStatement() {
+    FindEOL();
+    return true;
+}
+
+// Statements whose subsystem this build does not provide.
+bool COrvoBasic::ExecUnsupported() {
+    ReportError(40);
+    FindEOL();
+    return false;
+}
+
+namespace {
+
+using StatementHandler = bool (*)(COrvoBasic&);
+
+struct StatementEntry {
+    COMMAND_TYPE command;
+    StatementHandler handler;
+};
+
+// Statement words and what runs for each; words that are no statement by
+// themselves ("then", "endif", ...) have no entry and do nothing.
+const StatementEntry kStatements[] = {
+    {CMD_PRINT, [](COrvoBasic& b) { return b.ExecPrint(); }},
+    {CMD_IF, [](COrvoBasic& b) { return b.ExecIf(); }},
+    {CMD_DO, [](COrvoBasic& b) { return b.ExecDoWhile(); }},
+    {CMD_LOOP, [](COrvoBasic& b) { return b.ExecLoop(); }},
+    {CMD_FOR, [](COrvoBasic& b) { return b.ExecFor(); }},
+    {CMD_NEXT, [](COrvoBasic& b) { return b.ExecNext(); }},
+    {CMD_GOTO, [](COrvoBasic& b) { return b.ExecGoto(); }},
+    {CMD_FINISHED, [](COrvoBasic& b) { b.SetStop(); return true; }},
+    {CMD_GOSUB, [](COrvoBasic& b) { return b.ExecGosub(); }},
+    {CMD_RETURN, [](COrvoBasic& b) { return b.ExecReturn(); }},
+    {CMD_END, [](COrvoBasic& b) { b.SetStop(); return true; }},
+    {CMD_ELSE, [](COrvoBasic& b) { return b.ExecElse(); }},
+    {CMD_DIM, [](COrvoBasic& b) { return b.ExecDim(false); }},
+    {CMD_FUNCTION, [](COrvoBasic& b) { b.ReportError(28); return false; }},
+    {CMD_SUB, [](COrvoBasic& b) { b.ReportError(28); return false; }},
+    {CMD_DECLARE, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
+    {CMD_DIALOG, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
+    {CMD_INCLUDE, [](COrvoBasic& b) { return b.ExecCommandStatement(); }},
+    {CMD_LIBRARY, [](COrvoBasic& b) { return b.ExecCommandStatement(); }},
+    {CMD_REM, [](COrvoBasic& b) { return b.ExecCommandStatement(); }},
+    {CMD_ENCRYPT, [](COrvoBasic& b) { return b.ExecCommandStatement(); }},
+    {CMD_MAP, [](COrvoBasic& b) { return b.ExecMap(); }},
+    {CMD_CALL, [](COrvoBasic& b) { return b.ExecCall(); }},
+    {CMD_RUN, [](COrvoBasic& b) { return b.ExecRun(true); }},
+    {CMD_RUNEXE, [](COrvoBasic& b) { return b.ExecRun(false); }},
+    {CMD_OPEN, [](COrvoBasic& b) { return b.ExecOpenFile(); }},
+    {CMD_CLOSE, [](COrvoBasic& b) { return b.ExecCloseFile(); }},
+    {CMD_TYPE, [](COrvoBasic& b) { return b.ExecType(); }},
+    {CMD_EVENT, [](COrvoBasic& b) { return b.ExecEvent(); }},
+    {CMD_THROW, [](COrvoBasic& b) { return b.ExecThrow(); }},
+    {CMD_WATCH, [](COrvoBasic& b) { return b.ExecWatch(); }},
+    {CMD_CLOSEDIALOG, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
+    {CMD_ALTER, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
+    {CMD_GLOBAL, [](COrvoBasic& b) { return b.ExecDim(true); }},
+    {CMD_STAYRESIDENT, [](COrvoBasic& b) { b.SetResident(); return true; }},
+    {CMD_PLAYSOUND, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
+    {CMD_TIMERSTART, [](COrvoBasic& b) { return b.ExecTimerStart(); }},
+    {CMD_TIMERSTOP, [](COrvoBasic& b) { return b.ExecTimerStop(); }},
+    {CMD_SETFOCUS, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
+    {CMD_PROPERTYSHEET, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
+};
+
+// The dispatch table indexed by command value, built once from the list above.
+struct StatementTable {
+    StatementHandler byCommand[CMD_ENCRYPT + 1] = {};
+    StatementTable() {
+        for (const auto& e : kStatements) byCommand[e.command] = e.handler;
+    }
+};
+
+}  // namespace
+
+// Executes the statement whose first token has just been read: a variable
+// starts an assignment, a statement word runs its handler.
+bool COrvoBasic::Exec_command() {
+    static const StatementTable table;
+    if (m_tokenType == VARIABLE || m_tokenType == STRUCT_MEMBER || m_tokenType == UNKNOWN_MEMBER) {
+        putback();
+        return assignment();
+    }
+    if (m_tokenType != COMMAND || m_command < 0 || m_command > CMD_ENCRYPT) return false;
+    StatementHandler handler = table.byCommand[m_command];
+    return handler ? handler(*this) : false;
+}

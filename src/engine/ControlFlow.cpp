@@ -1,0 +1,198 @@
+// Labels, goto, if/else/endif, for/next, do while/loop and return. Control
+// flow runs on the program text: a jump moves the cursor, a skipped block is
+// read token by token, a loop goes back to a saved position.
+#include <orvobasic/COrvoBasic.h>
+
+using namespace ob;
+
+bool COrvoBasic::LabelsFree() {
+    m_labels.clear();
+    return true;
+}
+
+bool COrvoBasic::LabelAdd(const CString& name, uint32_t position) {
+    return m_labels.emplace(name, position).second;
+}
+
+bool COrvoBasic::LabelGet(const CString& name, uint32_t& position) const {
+    auto it = m_labels.find(name);
+    if (it == m_labels.end()) return false;
+    position = it->second;
+    return true;
+}
+
+// The load-time pass: enters labels and the definitions of functions and
+// subs. A duplicate label is reported with message 6 and ends the scan.
+bool COrvoBasic::LabelsScan() {
+    LabelsFree();
+    Rewind();
+    for (;;) {
+        m_stmtPos = m_pos;
+        uint32_t before = m_pos;
+        BASIC_TOKEN_TYPE type = get_token();
+        if (m_command == CMD_FINISHED) break;
+        if (type == TOKEN_NONE && m_pos == before) NextChar();   // a character no token begins with
+        if (type == LABEL && !LabelAdd(m_token, m_pos)) {
+            ReportError(6);
+            Rewind();
+            return false;
+        }
+        if ((m_command == CMD_FUNCTION || m_command == CMD_SUB) && m_prevTokenType == DELIMITER) {
+            get_token();
+            auto desc = std::make_unique<CFuncDesc>();
+            desc->name = m_token;
+            desc->name.MakeLower();
+            desc->bodyPosition = static_cast<int>(m_pos);
+            if (AddFunction(desc.get())) desc.release();
+        }
+    }
+    Rewind();
+    return true;
+}
+
+bool COrvoBasic::ExecGoto() {
+    get_token();
+    uint32_t position = 0;
+    if (LabelGet(m_token, position) && Rewind(position)) return true;
+    ReportError(7);
+    return false;
+}
+
+// Skips forward to the end of a block; returns the command that stopped it.
+COMMAND_TYPE COrvoBasic::FindLastPair(COMMAND_TYPE open, COMMAND_TYPE close, COMMAND_TYPE stop) {
+    int depth = 1;
+    for (;;) {
+        uint32_t before = m_pos;
+        if (get_token() == TOKEN_NONE && m_pos == before) NextChar();
+        if (m_command == open) ++depth;
+        if (m_command == close) --depth;
+        if (stop != CMD_NONE && depth == 1 && m_command == stop) return m_command;
+        if (m_command == CMD_FINISHED || m_command == CMD_ENDSUB || depth == 0) return m_command;
+    }
+}
+
+bool COrvoBasic::ExecIf() {
+    bool condition = ExecLogicalStatement();
+    get_token();
+    if (m_command != CMD_THEN) {
+        ReportError(9);
+        return false;
+    }
+    if (condition) return true;
+    COMMAND_TYPE stopped = FindLastPair(CMD_IF, CMD_ENDIF, CMD_ELSE);
+    if (stopped != CMD_ELSE && stopped != CMD_ENDIF) ReportError(56);
+    return true;
+}
+
+// The true branch ran into its "else": skip to the matching "endif".
+bool COrvoBasic::ExecElse() {
+    if (FindLastPair(CMD_IF, CMD_ENDIF, CMD_ELSE) != CMD_ENDIF) ReportError(56);
+    return true;
+}
+
+void COrvoBasic::PushToStack(const CString& name, double value, uint32_t position) {
+    m_flowStack.push_back(CStackData{name, value, position, true});
+}
+
+bool COrvoBasic::PopFromStack(CStackData& entry) {
+    if (m_flowStack.empty()) return false;
+    entry = std::move(m_flowStack.back());
+    m_flowStack.pop_back();
+    return true;
+}
+
+// for VAR = START to LIMIT; the step is always 1 and the limit is read once.
+bool COrvoBasic::ExecFor() {
+    if (get_token() != VARIABLE) {
+        ReportError(4);
+        return false;
+    }
+    CString name = m_token;
+    get_token();
+    if (m_token != u"=") {
+        ReportError(4);
+        return false;
+    }
+    CBasicVariable value;
+    get_exp(value);
+    double start = value.GetNumberValue();
+    if (!SetVariable(name, start, 0)) return false;
+    get_token();
+    if (m_command != CMD_TO) {
+        ReportError(10);
+        return false;
+    }
+    CBasicVariable limitValue;
+    get_exp(limitValue);
+    double limit = limitValue.GetNumberValue();
+    if (limit >= start) {
+        PushToStack(name, limit, m_pos);
+        return true;
+    }
+    FindLastPair(CMD_FOR, CMD_NEXT, CMD_NONE);
+    return true;
+}
+
+bool COrvoBasic::ExecNext() {
+    CStackData entry;
+    if (!PopFromStack(entry)) {
+        ReportError(55);
+        return false;
+    }
+    CBasicVariable* var = FindVariable(entry.name);
+    if (!var) {
+        ReportError(55);
+        return false;
+    }
+    if (!var->Increment()) return false;
+    if (var->GetNumberValue() > entry.value) return true;
+    uint32_t position = entry.position;
+    PushToStack(entry);
+    Rewind(position);
+    return true;
+}
+
+// do while CONDITION; a false condition skips past the matching "loop".
+bool COrvoBasic::ExecDoWhile() {
+    uint32_t doPosition = m_pos - static_cast<uint32_t>(m_token.size());
+    get_token();
+    if (m_tokenType != KEYWORD) ReportError(1);
+    if (m_keyword != KW_WHILE) {
+        ReportError(54);
+        return false;
+    }
+    if (ExecLogicalStatement())
+        PushToStack(CString(), 0, doPosition);
+    else
+        FindLastPair(CMD_DO, CMD_LOOP, CMD_NONE);
+    return true;
+}
+
+// Goes back to whatever entry is on top, pushed by "do" or by "for".
+bool COrvoBasic::ExecLoop() {
+    CStackData entry;
+    if (!PopFromStack(entry)) return false;
+    return Rewind(entry.position);
+}
+
+bool COrvoBasic::ExecGosub() {
+    get_token();
+    uint32_t position = 0;
+    if (!LabelGet(m_token, position)) {
+        ReportError(7);
+        return false;
+    }
+    PushPosition(m_pos);
+    return Rewind(position);
+}
+
+bool COrvoBasic::ExecReturn() {
+    if (m_scopeLevel < 2) {
+        ReportError(14);
+        return false;
+    }
+    --m_scopeLevel;
+    uint32_t position = 0;
+    if (!PopPosition(position)) return false;
+    return Rewind(position);
+}

@@ -1,0 +1,22 @@
+#include "ui/headless/HeadlessDesktop.h"
+
+namespace ob::ui {
+
+int HeadlessDesktop::MessageBox(const CString& text, unsigned style) {
+    m_boxes.push_back({text, style});
+    if (m_boxes.size() > 1000) m_boxes.erase(m_boxes.begin());   // bounded memory for long runs
+    if (m_answers.empty()) return IDOK;
+    int r = m_answers.front();
+    m_answers.pop_front();
+    return r;
+}
+
+namespace {
+HeadlessDesktop g_headless;
+Desktop* g_current = &g_headless;
+}  // namespace
+
+Desktop& GetDesktop() { return *g_current; }
+void SetDesktop(Desktop* desktop) { g_current = desktop ? desktop : &g_headless; }
+
+}  // namespace ob::ui

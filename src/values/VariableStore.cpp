@@ -1,0 +1,246 @@
+// The variable store: one map per interpreter from decorated name to
+// variable. Locals are lower-cased and suffixed "__#" plus the scope level;
+// globals keep their spelling, so a global is found only with the letter
+// case of its declaration while locals are case-insensitive.
+#include <orvobasic/COrvoBasic.h>
+
+#include "platform/CharClass.h"
+#include "platform/NumberFormat.h"
+
+#include <cmath>
+
+using namespace ob;
+
+namespace {
+
+// A subscript or size from a number: truncated toward zero, saturated at the
+// 32-bit range (NaN gives 0).
+int TruncateToInt(double d) {
+    if (!(d == d)) return 0;
+    if (d >= 2147483647.0) return 2147483647;
+    if (d <= -2147483648.0) return -2147483647 - 1;
+    return static_cast<int>(d);
+}
+
+}  // namespace
+
+void COrvoBasic::AddScopeLevelExtension(CString& name) const {
+    name.MakeLower();
+    name += u"__#";
+    name += platform::FormatInt(m_scopeLevel);
+}
+
+CBasicVariable* COrvoBasic::FindVariable(CString& name) {
+    auto it = m_variables.find(name);
+    if (it != m_variables.end()) return it->second.get();
+    CString& local = m_scratchName;
+    local.assign(name);
+    AddScopeLevelExtension(local);
+    it = m_variables.find(local);
+    if (it == m_variables.end()) return nullptr;
+    name = local;
+    return it->second.get();
+}
+
+CString COrvoBasic::GetVariableName(const CString& name) {
+    if (m_variables.count(name)) return name;
+    CString decorated = name;
+    AddScopeLevelExtension(decorated);
+    return decorated;
+}
+
+bool COrvoBasic::SetVariable(const CString& name, const CBasicVariable& value, int index) {
+    SetVariableDirect(name, value, index, false);
+    return true;
+}
+
+bool COrvoBasic::SetVariable(const CString& name, double value, int index) {
+    return SetVariable(name, CBasicVariable(value), index);
+}
+
+bool COrvoBasic::SetVariable(const CString& name, const CString& value, int index) {
+    return SetVariable(name, CBasicVariable(value), index);
+}
+
+// Writes element `index` of an existing variable, or creates the variable
+// when the index is 0; element writes to an unknown name are an error.
+bool COrvoBasic::SetVariableDirect(const CString& name, const CBasicVariable& value, int index, bool global) {
+    CString key = name;
+    if (CBasicVariable* var = FindVariable(key)) {
+        if (index < 0 || index >= var->GetNumItems()) {
+            ReportError(36);
+            return false;
+        }
+        var->SetCurIndex(index);
+        var->SetValue(value);
+        return true;
+    }
+    if (index >= 1) {
+        ReportError(35);
+        return false;
+    }
+    if (!global) AddScopeLevelExtension(key);
+    m_variables[key] = std::make_unique<CBasicVariable>(value);
+    return true;
+}
+
+bool COrvoBasic::CopyVariable(const CString& name, const CBasicVariable& value, bool global) {
+    CString key = name;
+    if (CBasicVariable* var = FindVariable(key)) {
+        var->Set(value);
+        return true;
+    }
+    if (!global) AddScopeLevelExtension(key);
+    m_variables[key] = std::make_unique<CBasicVariable>(value);
+    return true;
+}
+
+bool COrvoBasic::SetVariableSize(const CString& name, int size, bool global) {
+    CString key = name;
+    if (CBasicVariable* var = FindVariable(key)) {
+        if (size > 0) var->Redim(size);
+        return true;
+    }
+    if (!global) AddScopeLevelExtension(key);
+    auto var = std::make_unique<CBasicVariable>();
+    if (size > 1) var->SetArraySize(size);
+    m_variables[key] = std::move(var);
+    return true;
+}
+
+// Always the local of the current level: a global cannot be undefined.
+bool COrvoBasic::VariableUndefine(const CString& name) {
+    CString key = name;
+    AddScopeLevelExtension(key);
+    return m_variables.erase(key) == 1;
+}
+
+int COrvoBasic::GetVariableSize(const CString& name) {
+    CString key = name;
+    CBasicVariable* var = FindVariable(key);
+    if (!var) return 0;
+    if (var->GetNumItems() == 1 && !var->GetItem(0).IsSet()) return 0;
+    return var->GetNumItems();
+}
+
+// Reads a variable name (and subscript) straight from the source.
+bool COrvoBasic::GetVariable(CString& name) {
+    if (!platform::IsAlpha(CurChar())) return false;
+    name.clear();
+    while (m_pos < m_endIndex && !IsDelimiterChar(CurChar())) name += m_text[m_pos++];
+    m_pendingIndex = 0;
+    if (CurChar() == u'[') {
+        NextChar();
+        GetIndex(m_pendingIndex);
+    }
+    return true;
+}
+
+// Reads "expression ]" into `index`, truncated toward zero.
+bool COrvoBasic::GetIndex(int& index) {
+    CBasicVariable value;
+    get_exp(value);
+    if (!value.IsSet()) {
+        ReportError(1);
+        return false;
+    }
+    get_token();
+    if (m_tokenType != DELIMITER || m_token.empty() || m_token[0] != u']') {
+        ReportError(1);
+        return false;
+    }
+    index = TruncateToInt(value.GetNumberValue());
+    return true;
+}
+
+bool COrvoBasic::VariablesFree() {
+    m_variables.clear();
+    return true;
+}
+
+int COrvoBasic::KeywordToType(KEYWORD_TYPE keyword) {
+    switch (keyword) {
+    case KW_CHAR: return 1;
+    case KW_INTEGER: return 3;
+    case KW_FLOAT: return 4;
+    case KW_DOUBLE: return 5;
+    case KW_STRING: return 6;
+    default: return 0;
+    }
+}
+
+// One declaration of "dim"/"global": name, optional [size], optional "as" type.
+bool COrvoBasic::DimOne(bool global, bool& done) {
+    done = false;
+    if (get_token() != VARIABLE || m_token.empty()) {
+        ReportError(1);
+        return false;
+    }
+    CString name = m_token;
+    int size = 1;
+    get_token();
+    if (m_tokenType == DELIMITER && m_token == u"[") {
+        if (!GetIndex(size)) return false;
+        if (size < 1 || size > CBasicVariable::kMaxItems) {
+            ReportError(32);
+            return false;
+        }
+        get_token();
+    }
+    if (m_tokenType == KEYWORD && m_keyword == KW_AS) {
+        get_token();
+        if (m_tokenType != KEYWORD) {
+            if (!DimStructVariable(name, m_token, global)) return false;
+        } else if (KeywordToType(m_keyword) == 0) {
+            ReportError(1);
+            return false;
+        } else if (size == 1) {
+            SetVariableDirect(name, CBasicVariable(), 0, global);
+        } else {
+            SetVariableSize(name, size, global);
+        }
+        get_token();
+        if (m_tokenType == DELIMITER && m_command != CMD_EOL && m_command != CMD_FINISHED && m_token != u",") {
+            ReportError(1);
+            return false;
+        }
+        return true;
+    }
+    if (m_tokenType != DELIMITER) {
+        ReportError(1);
+        return false;
+    }
+    SetVariableSize(name, size, global);
+    return true;
+}
+
+bool COrvoBasic::ExecDim(bool global) {
+    for (;;) {
+        if (m_command == CMD_EOL || m_command == CMD_FINISHED) return true;
+        bool done = false;
+        if (!DimOne(global, done)) return false;
+    }
+}
+
+bool COrvoBasic::ExecGarbageCollection(CBasicVariable& result, CArgArray&, FUNCTION_TYPE) {
+    CString suffix = u"__#";
+    suffix += platform::FormatInt(m_scopeLevel + 1);
+    int removed = 0;
+    for (auto it = m_variables.begin(); it != m_variables.end();) {
+        const CString& key = it->first;
+        if (key.size() > suffix.size() && key.compare(key.size() - suffix.size(), suffix.size(), suffix) == 0) {
+            it = m_variables.erase(it);
+            ++removed;
+        } else {
+            ++it;
+        }
+    }
+    result.SetValue(removed);
+    return true;
+}
+
+bool COrvoBasic::ExecGetVarStats(CBasicVariable& result, CArgArray&, FUNCTION_TYPE) {
+    result.AddItem(static_cast<int>(m_variables.size()));
+    result.AddItem(static_cast<int>(m_argBuffers));
+    return true;
+}
