@@ -6,13 +6,14 @@
 // event in the owning interpreter with the variable as the argument.
 #pragma once
 
+#include <orvobasic/CVarArray.h>
 #include <orvobasic/CVarBase.h>
 
 #include <vector>
 
 class COrvoBasic;
 
-class CBasicVariable {
+class [[gnu::visibility("default")]] CBasicVariable {
 public:
     CBasicVariable() { Init(); }
     CBasicVariable(const CString& v) { Init(); m_items[0].SetValue(v); }
@@ -102,7 +103,7 @@ private:
     CVarBase& Cur() { return m_items[static_cast<size_t>(m_curIndex)]; }
     const CVarBase& Cur() const { return m_items[static_cast<size_t>(m_curIndex)]; }
 
-    std::vector<CVarBase> m_items;
+    CVarArray m_items;
     int m_curIndex = 0;
     COrvoBasic* m_eventOwner = nullptr;
     CString m_eventName;

@@ -210,6 +210,7 @@ public:
 
 private:
     void CleanUp();
+    void Abandon();
     void ReleaseFields();
     bool OpenRead(const CString& path, int mode);
     bool InitFromTemplate(const CString& path, CDbf& templ);

@@ -11,8 +11,11 @@
 
 #include <orvobasic/CBasicVariable.h>
 #include <orvobasic/CString.h>
+#include <orvobasic/hostcontrol.h>
 
 #include <atomic>
+#include <chrono>
+#include <functional>
 #include <cstdint>
 #include <list>
 #include <memory>
@@ -154,7 +157,7 @@ struct CFuncDesc {
     bool isSub = false;
 };
 
-class COrvoBasic {
+class [[gnu::visibility("default")]] COrvoBasic {
 public:
     COrvoBasic();
     virtual ~COrvoBasic();
@@ -208,12 +211,42 @@ public:
     bool FindStructVariable(const CString& name, const CString& field, CBasicVariable& value, bool report);
     bool SetStructVariable(const CString& name, const CString& field, CBasicVariable& value);
 
+    // ---- host control ----
+    // Asks the running script to stop at its next statement. The one member
+    // that is safe from any thread and from a signal handler.
+    void RequestStop() { m_stopRequested.store(true, std::memory_order_relaxed); }
+    // Budgets take effect at once, also mid-run (call from the script's thread).
+    void SetBudgets(const ob::Budgets& budgets);
+    const ob::Budgets& GetBudgets() const { return m_budgets; }
+    // OB_OK, or the OB_E_* code that ended the last run.
+    int GetRunResult() const { return m_runResult; }
+    // The last reported error in full; empty until the first report.
+    const ob::ErrorRecord& GetLastErrorRecord() const { return m_lastErrorRecord; }
+    // Replaces the desktop's error box: returns OB_CONTINUE or OB_ABORT.
+    using ErrorHandler = std::function<int(const ob::ErrorRecord&)>;
+    void SetErrorHandler(ErrorHandler handler) { m_errorHandler = std::move(handler); }
+    // OB_CAP_* bits of what the script may reach; all by default.
+    void SetCapabilities(unsigned allowed) { m_capabilities = allowed; }
+    unsigned GetCapabilities() const { return m_capabilities; }
+    bool IsAllowed(unsigned capability) const { return (m_capabilities & capability) == capability; }
+    // May rewrite each path a script opens, or refuse it (return false).
+    using PathResolver = std::function<bool(CString& path)>;
+    void SetPathResolver(PathResolver resolver) { m_pathResolver = std::move(resolver); }
+    // Applies the resolver; false when the path is refused (callers report error 47).
+    bool ResolvePath(CString& path);
+    // Called before each statement with the script, line and scope level;
+    // returning OB_ABORT stops the run as RequestStop does.
+    using LineHook = std::function<int(const CString& script, int line, unsigned level)>;
+    void SetLineHook(LineHook hook);
+
     // Scope level: 1 in the main program, +1 per user-function call.
     unsigned GetScopeLevel() const { return m_scopeLevel; }
 
     // Bounds that keep the C++ stack safe.
     static constexpr int kMaxCallDepth = 20000;
     static constexpr int kMaxExprDepth = 2000;
+    // Shallower than this, the remaining C++ stack is not measured.
+    static constexpr int kStackCheckDepth = 32;
 
     // ---- statements and built-ins, by family (internal) ----
     // The rest is public so that family files and tests reach it; hosts
@@ -251,7 +284,7 @@ public:
     static int GetArithOperation(char16_t c);
 
     // variable store
-    void AddScopeLevelExtension(CString& name) const;
+    void AddScopeLevelExtension(CString& name);
     CString GetVariableName(const CString& name);
     bool SetVariableSize(const CString& name, int size, bool global);
     bool VariableUndefine(const CString& name);
@@ -355,6 +388,7 @@ public:
     ob::FUNCTION_TYPE CurrentFunction() const { return m_function; }
     const CString& MemberName() const { return m_memberName; }
     const CString& CurrentFunctionName() const { return m_curFuncName; }
+    int PendingIndex() const { return m_pendingIndex; }
     void SetStop() { m_stop = true; }
     void SetResident() { m_resident = true; }
     size_t ArgBufferCount() const { return m_argBuffers; }
@@ -363,6 +397,7 @@ public:
 private:
     bool LoadFile(const CString& path);
     void ExecStatement();
+    void DispatchStatement(ob::BASIC_TOKEN_TYPE type);
     void RunMainLoop();
     void BuildLineIndex();
     bool IsDelimiterChar(char16_t c) const;
@@ -378,15 +413,47 @@ private:
     void unary(char16_t op, CBasicVariable& value);
     void PrimitiveVariable(CBasicVariable& result);
     void PrimitiveUnknownMember(CBasicVariable& result);
-    bool StoreAssignment(const CString& target, ob::BASIC_TOKEN_TYPE kind, bool indexed, int index,
-                         const CBasicVariable& value);
+    bool StoreAssignment(const CString& target, uint32_t targetPos, ob::BASIC_TOKEN_TYPE kind, bool indexed,
+                         int index, const CBasicVariable& value);
     bool DimOne(bool global, bool& done);
-    int PendingIndex() const { return m_pendingIndex; }
     bool RunFunctionBody();
     void PerformReturn();
     bool BindParameters(CArgArray& args);
     void FreeScriptFunctionDescs();
     bool ExpressionTooDeep();
+    void HostChecks();
+    [[noreturn]] void EndRun(int runResult);
+    void UpdateControlActive();
+    uint64_t CountCells() const;
+    bool StatementAllowed(ob::COMMAND_TYPE command);
+    bool FunctionAllowed(ob::FUNCTION_TYPE type);
+    void SkipArgumentList();
+    void FillErrorRecord(int id, const CString& message);
+
+    // Facts about the program text that never change while it runs, so that
+    // loops and calls do not classify the same characters again.
+    struct IdentInfo {
+        uint32_t end;                 // position after the identifier
+        ob::COMMAND_TYPE command;     // statement word, or CMD_NONE
+        ob::KEYWORD_TYPE keyword;     // secondary keyword, or KW_NONE
+        int dot;                      // index of the first point, or -1
+    };
+    struct VarCacheEntry {
+        uint64_t generation;
+        unsigned level;
+        CBasicVariable* variable;
+        const CString* key;           // the map's key for it, valid as long as the entry
+    };
+    const IdentInfo& IdentAt(uint32_t start);
+    CBasicVariable* FindVariableAt(uint32_t position, const CString& name, const CString** key = nullptr);
+    const CString& LevelSuffix(unsigned level);
+    void ForgetTextCaches();
+    std::unordered_map<uint32_t, IdentInfo> m_identCache;
+    std::unordered_map<uint32_t, double> m_numberCache;
+    std::unordered_map<uint32_t, VarCacheEntry> m_varCache;
+    uint64_t m_varGeneration = 1;     // bumped whenever a variable is created or deleted
+    std::vector<CString> m_levelSuffixes;
+    mutable CString m_lowerScratch;
 
     // program text and cursor
     CString m_scriptPath;
@@ -425,6 +492,20 @@ private:
     bool m_stop = false;
     bool m_resident = false;
     ob::ui::Desktop* m_desktop = nullptr;
+
+    // host control
+    std::atomic<bool> m_stopRequested{false};
+    bool m_controlActive = false;       // a budget or a line hook is set
+    ob::Budgets m_budgets;
+    uint64_t m_steps = 0;
+    std::chrono::steady_clock::time_point m_deadline{};
+    int m_runResult = OB_OK;
+    ob::ErrorRecord m_lastErrorRecord;
+    ErrorHandler m_errorHandler;
+    unsigned m_capabilities = OB_CAP_ALL;
+    PathResolver m_pathResolver;
+    LineHook m_lineHook;
+    std::vector<ob::CallFrame> m_callChain;
 
     // current token
     ob::COMMAND_TYPE m_command = ob::CMD_NONE;

@@ -6,10 +6,12 @@
 // file names, dynamic library names).
 #pragma once
 
+#include <orvobasic/export.h>
+
 #include <string>
 #include <string_view>
 
-class CString : public std::u16string {
+class OB_API CString : public std::u16string {
 public:
     using std::u16string::u16string;
     CString() = default;

@@ -14,7 +14,7 @@
 
 enum BASICVARTYPE { BVT_UNSET = 0, BVT_NUMBER = 1, BVT_STRING = 2, BVT_OBJECT = 3 };
 
-class CVarBase {
+class [[gnu::visibility("default")]] CVarBase {
 public:
     CVarBase() = default;
     CVarBase(const char16_t* text);

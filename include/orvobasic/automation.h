@@ -7,6 +7,8 @@
 // an independent copy (new BSTR, extra reference).
 #pragma once
 
+#include <orvobasic/export.h>
+
 #include <stdint.h>
 
 #ifdef __cplusplus
@@ -92,14 +94,14 @@ typedef struct tagEXCEPINFO {
 } EXCEPINFO;
 
 // BSTR: length-prefixed, zero-terminated UTF-16. NULL counts as "".
-BSTR SysAllocString(const OLECHAR* text);
-BSTR SysAllocStringLen(const OLECHAR* text, uint32_t length);
-void SysFreeString(BSTR text);
-uint32_t SysStringLen(BSTR text);
+OB_API BSTR SysAllocString(const OLECHAR* text);
+OB_API BSTR SysAllocStringLen(const OLECHAR* text, uint32_t length);
+OB_API void SysFreeString(BSTR text);
+OB_API uint32_t SysStringLen(BSTR text);
 
-void VariantInit(VARIANT* value);
-HRESULT VariantClear(VARIANT* value);
-HRESULT VariantCopy(VARIANT* destination, const VARIANT* source);
+OB_API void VariantInit(VARIANT* value);
+OB_API HRESULT VariantClear(VARIANT* value);
+OB_API HRESULT VariantCopy(VARIANT* destination, const VARIANT* source);
 
 #ifdef __cplusplus
 }

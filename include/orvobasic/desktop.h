@@ -1,13 +1,22 @@
 // The Desktop: every user-facing service of the interpreter goes through one
-// process-wide object implementing this interface (message boxes now; dialogs,
-// timers and the message loop as they arrive). The library's default is the
-// headless desktop, which answers every box with OK and keeps no window; the
-// command-line runner installs its console desktop.
+// process-wide object implementing this interface (message boxes, timers and
+// the message loop that delivers them; dialogs as they arrive). The library's
+// default is the headless desktop, which answers every box with OK and keeps
+// no window; the command-line runner installs its console desktop.
 #pragma once
 
 #include <orvobasic/CString.h>
+#include <orvobasic/export.h>
+
+#include <memory>
 
 namespace ob::ui {
+
+class MessageLoop;
+
+// A timer's tick: called from the message loop on the loop's thread with the
+// context and the id that SetTimer gave.
+using TimerProc = void (*)(void* context, unsigned timerId);
 
 // Button results of message boxes.
 enum { IDOK = 1, IDCANCEL = 2, IDABORT = 3, IDRETRY = 4, IDIGNORE = 5, IDYES = 6, IDNO = 7 };
@@ -25,9 +34,12 @@ struct ErrorReport {
     CString sourceLine;      // that line's text, without its line end
 };
 
-class Desktop {
+class OB_API Desktop {
 public:
-    virtual ~Desktop() = default;
+    Desktop();
+    virtual ~Desktop();
+    Desktop(const Desktop&) = delete;
+    Desktop& operator=(const Desktop&) = delete;
 
     // A modal message box; returns one of the ID* results.
     virtual int MessageBox(const CString& text, unsigned style) = 0;
@@ -39,11 +51,33 @@ public:
     }
     // Shown when a message number has no text.
     virtual void ResourceFallbackBox(const CString& text) { MessageBox(text, MB_OK); }
+
+    // Timers and the message loop. The defaults run a loop of their own on
+    // the monotonic clock; a desktop with a window system overrides all four
+    // with its own timers and event loop.
+
+    // Starts a repeating timer: proc(context, id) runs from the message loop
+    // every intervalMs (at least 10). Returns the timer's id (never 0), or 0
+    // when no timer could be made.
+    virtual unsigned SetTimer(unsigned intervalMs, TimerProc proc, void* context);
+    // Stops a timer: its proc is not called again, even when this is called
+    // from inside its own tick. False when the id is unknown.
+    virtual bool KillTimer(unsigned timerId);
+    // Runs the message loop on the calling thread, delivering ticks as they
+    // fall due, until timeoutMs has passed (negative: no limit) or
+    // QuitMessageLoop is called. True when ended by QuitMessageLoop.
+    virtual bool RunMessageLoop(int timeoutMs);
+    // Ends the running loop, or the next one to start when none runs.
+    // Async-signal-safe, callable from any thread.
+    virtual void QuitMessageLoop();
+
+private:
+    std::unique_ptr<MessageLoop> m_loop;
 };
 
 // The process-wide desktop. SetDesktop(nullptr) restores the headless one.
 // The desktop must outlive every interpreter that uses it.
-Desktop& GetDesktop();
-void SetDesktop(Desktop* desktop);
+OB_API Desktop& GetDesktop();
+OB_API void SetDesktop(Desktop* desktop);
 
 }  // namespace ob::ui

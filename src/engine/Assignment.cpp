@@ -15,6 +15,7 @@ bool COrvoBasic::assignment() {
     }
     CString target = m_token;
     BASIC_TOKEN_TYPE kind = m_tokenType;
+    uint32_t targetPos = m_pos - static_cast<uint32_t>(m_token.size());
     int index = 0;
     bool indexed = CurChar() == u'[';
     if (indexed) {
@@ -28,7 +29,7 @@ bool COrvoBasic::assignment() {
     }
     CBasicVariable value;
     get_exp(value);
-    StoreAssignment(target, kind, indexed, index, value);
+    StoreAssignment(target, targetPos, kind, indexed, index, value);
     m_operands.resize(operandMark);
     return true;
 }
@@ -36,20 +37,30 @@ bool COrvoBasic::assignment() {
 // Stores an evaluated value into its target. A record field takes nothing
 // (record contents come from library calls and the host); an array value
 // replaces a whole variable; anything else writes one element.
-bool COrvoBasic::StoreAssignment(const CString& target, BASIC_TOKEN_TYPE kind, bool indexed, int index,
-                                 const CBasicVariable& value) {
+bool COrvoBasic::StoreAssignment(const CString& target, uint32_t targetPos, BASIC_TOKEN_TYPE kind, bool indexed,
+                                 int index, const CBasicVariable& value) {
     if (kind == STRUCT_MEMBER) return true;
     if (kind == UNKNOWN_MEMBER) {
         CString name = target.Left(target.Find(u'.'));
         ReportError(FindVariable(name) ? 31 : 37);   // object properties need the automation layer
         return false;
     }
-    int size = GetVariableSize(target);
-    if (size <= 1 || indexed) {
-        if (value.GetNumItems() <= 1) return SetVariable(target, value, indexed ? index : 0);
-        return CopyVariable(target, value);
+    CBasicVariable* var = FindVariableAt(targetPos, target);
+    int size = !var ? 0 : (var->GetNumItems() == 1 && !var->GetItem(0).IsSet()) ? 0 : var->GetNumItems();
+    if ((size > 1 && !indexed) || value.GetNumItems() > 1) {
+        if (var) var->Set(value);
+        else CopyVariable(target, value);
+        return true;
     }
-    return CopyVariable(target, value);
+    if (!indexed) index = 0;
+    if (!var) return SetVariable(target, value, index);
+    if (index < 0 || index >= var->GetNumItems()) {
+        ReportError(36);
+        return true;
+    }
+    var->SetCurIndex(index);
+    var->SetValue(value);
+    return true;
 }
 
 // "print": items separated by ";" (nothing between) or "," (pad to the next
@@ -76,6 +87,6 @@ bool COrvoBasic::ExecPrint() {
         }
     } while (!m_token.empty() && (m_token[0] == u';' || m_token[0] == u','));
     output += u'\n';
-    m_desktop->PrintBox(output);
+    ui::GetDesktop().PrintBox(output);
     return true;
 }

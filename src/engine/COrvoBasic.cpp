@@ -7,6 +7,7 @@
 #include "io/DataFileTable.h"
 #include "io/FileSlots.h"
 #include "platform/CodePage.h"
+#include "platform/LargeStack.h"
 #include "values/Maps.h"
 #include "values/UserTypes.h"
 
@@ -87,7 +88,14 @@ int COrvoBasic::LineOfPosition(uint32_t position) const {
     return static_cast<int>(it - m_lineStarts.begin());
 }
 
+void COrvoBasic::ForgetTextCaches() {
+    m_identCache.clear();
+    m_numberCache.clear();
+    m_varCache.clear();
+}
+
 void COrvoBasic::SetProgramText(const CString& text) {
+    ForgetTextCaches();
     m_text = text;
     m_text.push_back(u'\n');
     m_length = static_cast<uint32_t>(m_text.size());
@@ -97,8 +105,11 @@ void COrvoBasic::SetProgramText(const CString& text) {
 }
 
 bool COrvoBasic::ExecuteProgram(const CString& path) {
+    ForgetTextCaches();
     m_text.clear();
     m_scriptPath = path;
+    m_runResult = OB_OK;
+    SetBudgets(m_budgets);   // budgets count from the start of the run
     m_stmtPos = 0;
     if (!LoadFile(path)) {
         try {
@@ -111,16 +122,20 @@ bool COrvoBasic::ExecuteProgram(const CString& path) {
     m_endIndex = m_length - 1;
     m_prevTokenType = DELIMITER;
     BuildLineIndex();
-    try {
-        LabelsScan();
-        m_stop = false;
-        CArgArray args(1, CBasicVariable(m_scriptPath));
-        EventThrow(u"OnStart", args);
-        RunMainLoop();
-        EventThrow(u"OnStop", args);
-    } catch (const ScriptAbort&) {
-        m_stop = true;
-    }
+    // The run gets a stack of its own, so deep script recursion does not
+    // depend on the host thread's stack.
+    platform::RunOnLargeStack([this] {
+        try {
+            LabelsScan();
+            m_stop = false;
+            CArgArray args(1, CBasicVariable(m_scriptPath));
+            EventThrow(u"OnStart", args);
+            RunMainLoop();
+            EventThrow(u"OnStop", args);
+        } catch (const ScriptAbort&) {
+            m_stop = true;
+        }
+    });
     return true;
 }
 
@@ -131,14 +146,23 @@ void COrvoBasic::RunMainLoop() {
     } while (!m_stop && m_command != CMD_FINISHED);
 }
 
-// Reads one token and executes the statement it begins. A token that cannot
-// begin a statement ends the run.
+// Reads one token and executes the statement it begins.
 void COrvoBasic::ExecStatement() {
     m_stmtPos = m_pos;
-    switch (get_token()) {
+    DispatchStatement(get_token());
+}
+
+// Executes the statement whose first token (of `type`) has just been read. A
+// token that cannot begin a statement ends the run.
+void COrvoBasic::DispatchStatement(BASIC_TOKEN_TYPE type) {
+    if (m_exprDepth == 0) m_exprAbandoned = false;
+    size_t operandMark = m_operands.size();   // a statement's operands die with it
+    switch (type) {
     case VARIABLE:
     case COMMAND:
+        if (m_controlActive || m_stopRequested.load(std::memory_order_relaxed)) HostChecks();
         Exec_command();
+        m_operands.resize(std::min(operandMark, m_operands.size()));
         break;
     case DELIMITER:
     case COMMENT:
@@ -235,6 +259,7 @@ bool COrvoBasic::Exec_command() {
         return assignment();
     }
     if (m_tokenType != COMMAND || m_command < 0 || m_command > CMD_ENCRYPT) return false;
+    if (m_capabilities != OB_CAP_ALL && !StatementAllowed(m_command)) return false;
     StatementHandler handler = table.byCommand[m_command];
     return handler ? handler(*this) : false;
 }

@@ -8,10 +8,27 @@
 using namespace ob;
 
 namespace {
+
 inline bool IsLineEnd(char16_t c) { return c == u'\n' || c == u'\r' || c == 0; }
+
+// Texts of the outcomes a host's controls end a run with.
+CString HostControlMessage(int id) {
+    switch (id) {
+    case OB_ERR_STOPPED: return u"Script stopped by the host";
+    case OB_ERR_STEP_LIMIT: return u"Statement limit reached";
+    case OB_ERR_TIMEOUT: return u"Time limit reached";
+    case OB_ERR_DEPTH: return u"Call depth limit reached";
+    case OB_ERR_MEMORY: return u"Variable limit reached";
+    default: return CString();
+    }
+}
+
 }  // namespace
 
-CString COrvoBasic::LoadMessage(int id) { return Message(id).Left(127); }
+CString COrvoBasic::LoadMessage(int id) {
+    if (id > kMessageCount) return HostControlMessage(id);
+    return Message(id).Left(127);
+}
 
 // The source line around the cursor. Except on the first line the text
 // begins with the line end before it; the search for the line's end starts
@@ -26,28 +43,48 @@ CString COrvoBasic::GetCurrentLine() {
     return CString();
 }
 
-// The physical line `line` (1-based) without its line end.
-static CString PhysicalLine(const CString& text, const std::vector<uint32_t>& starts, int line) {
-    if (line < 1 || static_cast<size_t>(line) > starts.size()) return CString();
-    uint32_t begin = starts[static_cast<size_t>(line - 1)];
-    uint32_t end = begin;
-    while (end < text.size() && text[end] != u'\n' && text[end] != u'\r') ++end;
-    return CString(text.substr(begin, end - begin));
+// Where the statement being executed began, its line's text and the calls
+// that led there.
+void COrvoBasic::FillErrorRecord(int id, const CString& message) {
+    ErrorRecord& r = m_lastErrorRecord;
+    r.id = message.IsEmpty() ? 0 : id;
+    r.message = message;
+    r.script = m_scriptPath;
+    r.line = m_text.empty() ? 0 : LineOfPosition(m_stmtPos);
+    r.column = 0;
+    r.sourceLine.clear();
+    if (r.line > 0) {
+        uint32_t begin = m_lineStarts[static_cast<size_t>(r.line - 1)];
+        uint32_t end = begin;
+        while (end < m_length && m_text[end] != u'\n' && m_text[end] != u'\r') ++end;
+        r.sourceLine = CString(m_text.substr(begin, end - begin));
+        uint32_t first = std::max(begin, m_stmtPos);
+        while (first < end && (m_text[first] == u' ' || m_text[first] == u'\t')) ++first;
+        r.column = static_cast<int>(first - begin) + 1;
+    }
+    r.calls = m_callChain;
+    r.runResult = id > kMessageCount ? m_runResult : OB_OK;
 }
 
 void COrvoBasic::ReportError(int id) {
     if (m_exprAbandoned) return;   // an expression past its nesting bound is unwinding quietly
     CString message = LoadMessage(id);
-    if (message.IsEmpty()) m_desktop->ResourceFallbackBox(kMissingMessageText);
+    ui::Desktop& desktop = ui::GetDesktop();
+    if (message.IsEmpty()) desktop.ResourceFallbackBox(kMissingMessageText);
     m_lastError = message;
     m_lastError += u'\n';
     m_lastError += GetCurrentLine();
+    FillErrorRecord(id, message);
+    if (m_errorHandler) {
+        if (m_errorHandler(m_lastErrorRecord) == OB_ABORT) throw ScriptAbort{};
+        return;
+    }
     ui::ErrorReport report;
-    report.id = message.IsEmpty() ? 0 : id;
+    report.id = m_lastErrorRecord.id;
     report.message = message;
     report.text = m_lastError;
     report.script = m_scriptPath;
-    report.line = m_text.empty() ? 0 : LineOfPosition(m_stmtPos);
-    report.sourceLine = PhysicalLine(m_text, m_lineStarts, report.line);
-    if (m_desktop->ErrorBox(report) == ui::IDCANCEL) throw ScriptAbort{};
+    report.line = m_lastErrorRecord.line;
+    report.sourceLine = m_lastErrorRecord.sourceLine;
+    if (desktop.ErrorBox(report) == ui::IDCANCEL) throw ScriptAbort{};
 }

@@ -167,6 +167,10 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
         ReportError(21);
         return false;
     }
+    if (m_capabilities != OB_CAP_ALL && !FunctionAllowed(type)) {
+        get_token();   // the ")" the skipped list ends with
+        return false;
+    }
     size_t bufferMark = m_argBuffers;
     CArgArray args;
     GetParamList(args);

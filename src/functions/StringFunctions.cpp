@@ -1,7 +1,137 @@
+// The string built-ins: "len", "left", "right", "mid", "instr", "lcase",
+// "ucase", "replace", "val", "str", "repeat", "format", "getpath", "getname".
+// Positions are zero-based and counted in UTF-16 characters; positions and
+// counts outside the text are clamped, so no built-in reads past a string.
 #include <orvobasic/COrvoBasic.h>
 
-// String built-ins are not available yet.
-bool COrvoBasic::ExecStringOperation(CBasicVariable&, CArgArray&, ob::FUNCTION_TYPE) {
-    ReportError(21);
+#include "functions/Format.h"
+
+#include <cmath>
+
+using namespace ob;
+
+namespace {
+
+// Longest text "repeat" builds, in characters (128 MiB); a longer request is
+// error 45 "Incorrect parameter" rather than an allocation that could take
+// the host down.
+constexpr size_t kMaxRepeatLength = size_t{1} << 26;
+
+// An "int" argument: the number truncated toward zero, saturating at the
+// 32-bit range; NaN gives 0.
+int ArgInt(const CBasicVariable& v) {
+    double d = v.GetNumberValue();
+    if (std::isnan(d)) return 0;
+    if (d >= 2147483647.0) return 2147483647;
+    if (d <= -2147483648.0) return -2147483647 - 1;
+    return static_cast<int>(d);
+}
+
+CString Text(const CBasicVariable& v) { return v.GetStringValue(); }
+
+// The text n times; empty for n <= 0 or an empty text, error 45 past the limit.
+int Repeat(CBasicVariable& result, const CArgArray& args) {
+    CString text = Text(args[0]);
+    int n = ArgInt(args[1]);
+    CString out;
+    if (n > 0 && !text.empty()) {
+        if (text.size() > kMaxRepeatLength / static_cast<size_t>(n)) return 45;
+        out.reserve(text.size() * static_cast<size_t>(n));
+        for (int i = 0; i < n; ++i) out += text;
+    }
+    result.SetValue(out);
+    return 0;
+}
+
+// Everything up to and including the last backslash, when that stands at
+// position 1 or later; otherwise the result stays unset.
+int GetPath(CBasicVariable& result, const CArgArray& args) {
+    CString text = Text(args[0]);
+    int slash = text.ReverseFind(u'\\');
+    if (slash >= 1) result.SetValue(text.Left(slash + 1));
+    return 0;
+}
+
+// What follows the last backslash, when something does; otherwise (no
+// backslash, or one at the very end) the result stays unset.
+int GetName(CBasicVariable& result, const CArgArray& args) {
+    CString text = Text(args[0]);
+    int slash = text.ReverseFind(u'\\');
+    if (slash >= 0 && slash + 1 < text.GetLength()) result.SetValue(text.Mid(slash + 1));
+    return 0;
+}
+
+// A handler: fills the result, returns 0 or the number of the error to report.
+using StringHandler = int (*)(CBasicVariable& result, const CArgArray& args);
+
+struct StringOp {
+    FUNCTION_TYPE type;
+    size_t minArgs;   // at least this many arguments
+    bool exact;       // and no more
+    StringHandler run;
+};
+
+// The family. "len", "lcase", "ucase", "val" and "str" read one argument and
+// ignore any further ones; called with none they report error 24.
+const StringOp kStringOps[] = {
+    // length of a string as an integer; any other value gives the double 0.0
+    {FT_LEN, 1, false,
+     [](CBasicVariable& r, const CArgArray& a) {
+         if (a[0].GetType() == BVT_STRING) r.SetValue(a[0].GetCurrent().StringRef().GetLength());
+         else r.SetValue(0.0);
+         return 0;
+     }},
+    // the first n characters (all of them when n exceeds the length, none for n <= 0)
+    {FT_LEFT, 2, true, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(Text(a[0]).Left(ArgInt(a[1]))); return 0; }},
+    // the last n characters, clamped the same way
+    {FT_RIGHT, 2, true, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(Text(a[0]).Right(ArgInt(a[1]))); return 0; }},
+    // count characters from start; a negative start counts from 0, a start past the end gives ""
+    {FT_MID, 3, true,
+     [](CBasicVariable& r, const CArgArray& a) {
+         r.SetValue(Text(a[0]).Mid(ArgInt(a[1]), ArgInt(a[2])));
+         return 0;
+     }},
+    // position of the first occurrence, -1 when absent (an empty text sought is found at 0)
+    {FT_INSTR, 2, true, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(Text(a[0]).Find(Text(a[1]))); return 0; }},
+    {FT_LCASE, 1, false, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(Text(a[0]).MakeLower()); return 0; }},
+    {FT_UCASE, 1, false, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(Text(a[0]).MakeUpper()); return 0; }},
+    // every occurrence of old replaced by new; an empty old changes nothing
+    {FT_REPLACE, 3, true,
+     [](CBasicVariable& r, const CArgArray& a) {
+         CString text = Text(a[0]);
+         text.Replace(Text(a[1]), Text(a[2]));
+         r.SetValue(text);
+         return 0;
+     }},
+    // the number value as a double (a numeric prefix of a text counts)
+    {FT_VAL, 1, false, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(a[0].GetNumberValue()); return 0; }},
+    // the string form (integers "%i", doubles "%f", truth values True/False)
+    {FT_STR, 1, false, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(Text(a[0])); return 0; }},
+    {FT_REPEAT, 2, false, Repeat},
+    // the value formatted by the format text (see Format.h)
+    {FT_FORMAT, 2, true,
+     [](CBasicVariable& r, const CArgArray& a) {
+         r.SetValue(FormatValue(Text(a[1]), a[0].GetCurrent()));
+         return 0;
+     }},
+    {FT_GETPATH, 1, false, GetPath},
+    {FT_GETNAME, 1, false, GetName},
+};
+
+}  // namespace
+
+// Runs one string built-in: checks the argument count (error 24), then the
+// handler. False for a wrong count, a reported error or a type not served here.
+bool COrvoBasic::ExecStringOperation(CBasicVariable& result, CArgArray& args, FUNCTION_TYPE type) {
+    for (const auto& op : kStringOps) {
+        if (op.type != type) continue;
+        if (args.size() < op.minArgs || (op.exact && args.size() != op.minArgs)) {
+            ReportError(24);
+            return false;
+        }
+        int error = op.run(result, args);
+        if (error) ReportError(error);
+        return error == 0;
+    }
     return false;
 }

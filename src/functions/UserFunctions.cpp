@@ -3,6 +3,7 @@
 // value is the variable bearing its own name at its level.
 #include <orvobasic/COrvoBasic.h>
 
+#include "platform/LargeStack.h"
 #include "platform/StackGuard.h"
 
 using namespace ob;
@@ -49,12 +50,7 @@ bool COrvoBasic::RunFunctionBody() {
             ReportError(20);
             return false;
         }
-        if (type == VARIABLE || type == COMMAND) {
-            Exec_command();
-        } else if (type != DELIMITER && type != COMMENT) {
-            ReportError(18);
-            m_stop = true;
-        }
+        DispatchStatement(type);
         if (m_stop) return false;
         if (type == TOKEN_NONE && m_pos == before) NextChar();
     }
@@ -85,13 +81,23 @@ bool COrvoBasic::ExecUserFunction(const CString& name, CBasicVariable& result, C
         ReportError(21);
         return false;
     }
-    if (m_callDepth >= kMaxCallDepth || platform::StackNearlyExhausted(2)) {
+    if (!platform::OnLargeStack()) {   // an event or timer from the host: give the call a deep stack
+        bool ok = false;
+        platform::RunOnLargeStack([&] { ok = ExecUserFunction(name, result, args, isCall); });
+        return ok;
+    }
+    if (m_stopRequested.load(std::memory_order_relaxed)) EndRun(OB_E_STOPPED);
+    if (m_budgets.maxDepth && m_callDepth >= m_budgets.maxDepth) EndRun(OB_E_DEPTH);
+    if (m_callDepth >= kMaxCallDepth || (m_callDepth >= kStackCheckDepth && platform::StackNearlyExhausted(2))) {
         ReportError(13);
         return false;
     }
     int bodyPosition = desc->bodyPosition;
     uint32_t callerStatement = m_stmtPos;
+    int callerExprDepth = m_exprDepth;   // expression nesting is counted per function body
+    m_exprDepth = 0;
     ++m_callDepth;
+    m_callChain.push_back(CallFrame{name, LineOfPosition(callerStatement)});
     ++m_scopeLevel;
     PushPosition(m_pos);
     Rewind(static_cast<uint32_t>(bodyPosition));
@@ -99,6 +105,9 @@ bool COrvoBasic::ExecUserFunction(const CString& name, CBasicVariable& result, C
     bool ok = false;
     try {
         ok = BindParameters(args) && RunFunctionBody();
+        m_stmtPos = callerStatement;
+        m_exprAbandoned = false;
+        m_exprDepth = callerExprDepth;
         if (ok && !isCall) {
             CString resultName = name;
             if (CBasicVariable* var = FindVariable(resultName)) {
@@ -110,13 +119,18 @@ bool COrvoBasic::ExecUserFunction(const CString& name, CBasicVariable& result, C
         }
     } catch (...) {
         PerformReturn();
+        m_callChain.pop_back();
         --m_callDepth;
         m_stmtPos = callerStatement;
+        m_exprDepth = callerExprDepth;
         throw;
     }
     PerformReturn();
+    m_callChain.pop_back();
     --m_callDepth;
     m_stmtPos = callerStatement;
+    m_exprDepth = callerExprDepth;
+    m_exprAbandoned = false;
     return ok;
 }
 

@@ -203,11 +203,11 @@ bool CDbf::Create(const CString& name, const CDbfFieldDescriptorEx* const* descr
     m_numRecords = 0;
     MakePairs();
     try {
-        return WriteHeader();
+        if (WriteHeader()) return true;
     } catch (const CFileException&) {
-        CleanUp();
-        return false;
     }
+    Abandon();
+    return false;
 }
 
 bool CDbf::Create(const CString& name, const std::vector<CDbfFieldDescriptorEx>& fields) {
@@ -227,11 +227,18 @@ bool CDbf::Open(const CString& name, int mode, CDbf* templ) {
     try {
         if (OpenRead(path, mode)) return true;
     } catch (...) {
-        CleanUp();
+        Abandon();
         throw;
     }
-    CleanUp();
+    Abandon();
     return false;
+}
+
+// Releases a table that failed to open or create without finishing its file:
+// a corrupt file is left exactly as it was.
+void CDbf::Abandon() {
+    m_mode = modeRead;
+    CleanUp();
 }
 
 // Creates a table from the template's fields that pass its filter.

@@ -53,10 +53,12 @@ int COrvoBasic::GetArithOperation(char16_t c) {
 }
 
 // True when the expression nesting or the C++ stack has reached its bound;
-// reports it once and abandons the rest of the line.
+// reports it once and abandons the rest of the statement, which then
+// unwinds without further reports.
 bool COrvoBasic::ExpressionTooDeep() {
     if (m_exprAbandoned) return true;
-    if (m_exprDepth <= kMaxExprDepth && !platform::StackNearlyExhausted(1)) return false;
+    if (m_exprDepth <= kMaxExprDepth && (m_exprDepth < kStackCheckDepth || !platform::StackNearlyExhausted(1)))
+        return false;
     ReportError(1);
     m_exprAbandoned = true;
     FindEOL();
@@ -67,10 +69,7 @@ bool COrvoBasic::ExpressionTooDeep() {
 
 void COrvoBasic::get_exp(CBasicVariable& result) {
     DepthGuard guard(m_exprDepth);
-    if (ExpressionTooDeep()) {
-        if (m_exprDepth == 1) m_exprAbandoned = false;
-        return;
-    }
+    if (ExpressionTooDeep()) return;
     size_t outerStart = m_exprOperandStart;
     m_exprOperandStart = m_operands.size();
     get_token();
@@ -81,7 +80,6 @@ void COrvoBasic::get_exp(CBasicVariable& result) {
         putback();
     }
     m_exprOperandStart = outerStart;
-    if (m_exprDepth == 1) m_exprAbandoned = false;
 }
 
 void COrvoBasic::level2(CBasicVariable& result) {
@@ -168,11 +166,16 @@ void COrvoBasic::primitive(CBasicVariable& result) {
     case UNKNOWN_MEMBER:
         PrimitiveUnknownMember(result);
         return;
-    case NUMBER:
+    case NUMBER: {
         m_operands.emplace_back();
-        result.SetValue(platform::ParseDouble(m_token));
+        uint32_t start = m_pos - static_cast<uint32_t>(m_token.size());
+        auto cached = m_numberCache.find(start);
+        if (cached == m_numberCache.end())
+            cached = m_numberCache.emplace(start, platform::ParseDouble(m_token)).first;
+        result.SetValue(cached->second);
         get_token();
         return;
+    }
     case QUOTE:
         m_operands.emplace_back();
         result.SetValue(m_token);
@@ -193,15 +196,22 @@ void COrvoBasic::primitive(CBasicVariable& result) {
 // and leaves the token in place.
 void COrvoBasic::PrimitiveVariable(CBasicVariable& result) {
     bool first = m_operands.size() == m_exprOperandStart;
+    uint32_t start = m_pos - static_cast<uint32_t>(m_token.size());
     CString name = m_token;
-    m_operands.emplace_back(first ? GetVariableName(name) : CString());
+    if (first) {
+        const CString* key = nullptr;
+        FindVariableAt(start, name, &key);
+        m_operands.emplace_back(key ? *key : GetVariableName(name));
+    } else {
+        m_operands.emplace_back();
+    }
     bool indexed = CurChar() == u'[';
     int index = 0;
     if (indexed) {
         get_token();
         if (!GetIndex(index)) ReportError(1);
     }
-    CBasicVariable* var = FindVariable(name);
+    CBasicVariable* var = FindVariableAt(start, name);
     if (!var) {
         ReportError(37);
         return;

@@ -92,27 +92,42 @@ void COrvoBasic::ReadIdentifier() {
     m_token.assign(m_text, start, m_pos - start);
 }
 
+// The identifier starting at `start`: where it ends and what the fixed
+// vocabulary makes of it, computed on first sight.
+const COrvoBasic::IdentInfo& COrvoBasic::IdentAt(uint32_t start) {
+    auto it = m_identCache.find(start);
+    if (it != m_identCache.end()) return it->second;
+    uint32_t end = start;
+    while (end < m_endIndex && !IsDelimiterChar(m_text[end])) ++end;
+    CString word(m_text.substr(start, end - start));
+    IdentInfo info{end, LookupCommand(word), LookupKeyword(word), word.Find(u'.')};
+    return m_identCache.emplace(start, info).first->second;
+}
+
 // Classifies an identifier: label, statement word, function call, member
 // reference, secondary keyword, variable, in this order.
 BASIC_TOKEN_TYPE COrvoBasic::ClassifyIdentifier() {
+    const IdentInfo info = IdentAt(m_pos);
+    m_token.assign(m_text, m_pos, info.end - m_pos);
+    m_pos = info.end;
     if (CurChar() == u':') {
         NextChar();
         return LABEL;
     }
-    m_command = LookupCommand(m_token);
+    m_command = info.command;
     if (m_command != CMD_NONE) return COMMAND;
     if (CurChar() == u'(') {
         m_function = LookupFunction(m_token);
         return FUNCTION;
     }
-    int dot = m_token.Find(u'.');
+    int dot = info.dot;
     if (dot >= 0) {
         m_memberName = m_token.Mid(dot + 1);
         CBasicVariable probe;
         return FindStructVariable(m_token.Left(dot), m_memberName, probe, false) ? STRUCT_MEMBER
                                                                                   : UNKNOWN_MEMBER;
     }
-    m_keyword = LookupKeyword(m_token);
+    m_keyword = info.keyword;
     if (m_keyword != KW_NONE) return KEYWORD;
     m_pendingIndex = 0;
     return VARIABLE;
@@ -157,10 +172,7 @@ BASIC_TOKEN_TYPE COrvoBasic::get_token() {
         ReadIdentifier();
         return m_tokenType = NUMBER;
     }
-    if (pf::IsAlpha(c)) {
-        ReadIdentifier();
-        return m_tokenType = ClassifyIdentifier();
-    }
+    if (pf::IsAlpha(c)) return m_tokenType = ClassifyIdentifier();
     m_token.clear();   // nothing begins here; the cursor stays
     return m_tokenType;
 }

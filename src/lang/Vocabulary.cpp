@@ -58,14 +58,6 @@ constexpr KeywordWord kKeywords[] = {
     {u"slidervert", KW_SLIDERVERT}, {u"tabcontrol", KW_TABCONTROL},
 };
 
-// Lower-cases into a per-thread scratch string, so lookups allocate nothing.
-const CString& Lowered(const CString& word) {
-    thread_local CString scratch;
-    scratch.assign(word);
-    scratch.MakeLower();
-    return scratch;
-}
-
 }  // namespace
 
 bool COrvoBasic::BuildCommandTable() {
@@ -83,11 +75,13 @@ bool COrvoBasic::BuildKeywordTable() {
 }
 
 COMMAND_TYPE COrvoBasic::LookupCommand(const CString& word) const {
-    auto it = m_commands.find(Lowered(word));
+    m_lowerScratch.assign(word);   // reused, so lookups allocate nothing
+    auto it = m_commands.find(m_lowerScratch.MakeLower());
     return it == m_commands.end() ? CMD_NONE : it->second;
 }
 
 KEYWORD_TYPE COrvoBasic::LookupKeyword(const CString& word) const {
-    auto it = m_keywords.find(Lowered(word));
+    m_lowerScratch.assign(word);
+    auto it = m_keywords.find(m_lowerScratch.MakeLower());
     return it == m_keywords.end() ? KW_NONE : it->second;
 }

@@ -19,36 +19,39 @@ locale_t Utf8Locale() {
 
 inline bool IsAscii(char16_t c) { return c < 128; }
 
+// Surrogate halves and private-use characters belong to no class.
+inline bool Unclassified(char16_t c) { return c >= 0xD800 && c <= 0xF8FF; }
+
 }  // namespace
 
 bool IsAlpha(char16_t c) {
     if (IsAscii(c)) return (c | 0x20) >= 'a' && (c | 0x20) <= 'z';
-    return iswalpha_l(c, Utf8Locale());
+    return !Unclassified(c) && iswalpha_l(c, Utf8Locale());
 }
 
 bool IsDigit(char16_t c) {
     if (IsAscii(c)) return c >= '0' && c <= '9';
-    return iswdigit_l(c, Utf8Locale());
+    return !Unclassified(c) && iswdigit_l(c, Utf8Locale());
 }
 
 bool IsPunct(char16_t c) {
     if (IsAscii(c)) return c > 32 && c < 127 && !IsAlpha(c) && !IsDigit(c);
-    return iswpunct_l(c, Utf8Locale());
+    return !Unclassified(c) && iswpunct_l(c, Utf8Locale());
 }
 
 bool IsSpace(char16_t c) {
     if (IsAscii(c)) return c == ' ' || (c >= 9 && c <= 13);
-    return iswspace_l(c, Utf8Locale());
+    return !Unclassified(c) && iswspace_l(c, Utf8Locale());
 }
 
 bool IsUpper(char16_t c) {
     if (IsAscii(c)) return c >= 'A' && c <= 'Z';
-    return iswupper_l(c, Utf8Locale());
+    return !Unclassified(c) && iswupper_l(c, Utf8Locale());
 }
 
 bool IsLower(char16_t c) {
     if (IsAscii(c)) return c >= 'a' && c <= 'z';
-    return iswlower_l(c, Utf8Locale());
+    return !Unclassified(c) && iswlower_l(c, Utf8Locale());
 }
 
 char16_t ToLower(char16_t c) {

@@ -2,6 +2,7 @@
 
 #include <glob.h>
 
+#include <algorithm>
 #include <string>
 
 namespace ob::platform {
@@ -35,7 +36,7 @@ void SplitPattern(const std::string& pattern, std::string& dir, std::string& nam
 }  // namespace
 
 // Runs glob(3) on the escaped pattern and keeps the last path component of
-// each hit; glob sorts the hits, so the order is stable.
+// each hit, sorted by code point so the order does not depend on the locale.
 std::vector<CString> FindFiles(const CString& pattern) {
     std::vector<CString> names;
     std::string dir, name;
@@ -44,13 +45,14 @@ std::vector<CString> FindFiles(const CString& pattern) {
     if (name == "*.*") name = "*";
     std::string globPattern = EscapeForGlob(dir, false) + EscapeForGlob(name, true);
     glob_t found {};
-    if (::glob(globPattern.c_str(), 0, nullptr, &found) == 0) {
+    if (::glob(globPattern.c_str(), GLOB_NOSORT, nullptr, &found) == 0) {
         for (size_t i = 0; i < found.gl_pathc; ++i) {
             std::string path = found.gl_pathv[i];
             names.push_back(CString::FromUtf8(path.substr(dir.size())));
         }
     }
     ::globfree(&found);
+    std::sort(names.begin(), names.end());
     return names;
 }
 

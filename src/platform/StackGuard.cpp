@@ -1,6 +1,6 @@
 #include "platform/StackGuard.h"
 
-#include <pthread.h>
+#include "platform/LargeStack.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -14,24 +14,15 @@ constexpr size_t kMargin = 1024 * 1024;   // sanitizer reports need room of thei
 constexpr size_t kMargin = 256 * 1024;
 #endif
 
-// Lowest address of this thread's stack; 0 when unknown.
-uintptr_t ComputeBase() {
-    pthread_attr_t attr;
-    if (pthread_getattr_np(pthread_self(), &attr) != 0) return 0;
-    void* base = nullptr;
-    size_t size = 0;
-    int rc = pthread_attr_getstack(&attr, &base, &size);
-    pthread_attr_destroy(&attr);
-    if (rc != 0 || size <= kMargin * 4) return 0;
-    return reinterpret_cast<uintptr_t>(base);
-}
-
 }  // namespace
 
 bool StackNearlyExhausted(int margins) {
-    thread_local uintptr_t base = ComputeBase();
+    char* low = nullptr;
+    size_t size = 0;
+    if (!CurrentStackBounds(low, size) || size <= kMargin * 4) return false;
     char probe;
-    return base != 0 && reinterpret_cast<uintptr_t>(&probe) < base + kMargin * static_cast<size_t>(margins);
+    return reinterpret_cast<uintptr_t>(&probe) <
+           reinterpret_cast<uintptr_t>(low) + kMargin * static_cast<size_t>(margins);
 }
 
 }  // namespace ob::platform

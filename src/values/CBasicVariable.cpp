@@ -58,7 +58,11 @@ bool CBasicVariable::Increment() {
 // Whole copy of all elements (field names included) and the index; the
 // source's change hook is not copied.
 void CBasicVariable::Set(const CBasicVariable& other) {
-    if (this != &other) {
+    if (this != &other && m_items.size() == 1 && other.m_items.size() == 1) {
+        m_items[0].SetValue(other.m_items[0]);
+        m_items[0].SetFieldName(other.m_items[0].GetFieldName());
+        m_curIndex = 0;
+    } else if (this != &other) {
         m_items.clear();
         m_items.reserve(other.m_items.size());
         for (const CVarBase& item : other.m_items) {

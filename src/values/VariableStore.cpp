@@ -24,10 +24,43 @@ int TruncateToInt(double d) {
 
 }  // namespace
 
-void COrvoBasic::AddScopeLevelExtension(CString& name) const {
+// "__#" plus the level, made once per level.
+const CString& COrvoBasic::LevelSuffix(unsigned level) {
+    while (m_levelSuffixes.size() <= level) {
+        CString suffix = u"__#";
+        suffix += platform::FormatInt(static_cast<int64_t>(m_levelSuffixes.size()));
+        m_levelSuffixes.push_back(std::move(suffix));
+    }
+    return m_levelSuffixes[level];
+}
+
+void COrvoBasic::AddScopeLevelExtension(CString& name) {
     name.MakeLower();
-    name += u"__#";
-    name += platform::FormatInt(m_scopeLevel);
+    name += LevelSuffix(m_scopeLevel);
+}
+
+// FindVariable for a name read at a fixed text position: the answer is kept
+// until a variable is created or deleted or the scope level differs.
+// `key`, when given, receives the name the variable is stored under.
+CBasicVariable* COrvoBasic::FindVariableAt(uint32_t position, const CString& name, const CString** key) {
+    auto it = m_varCache.find(position);
+    if (it == m_varCache.end() || it->second.generation != m_varGeneration || it->second.level != m_scopeLevel) {
+        VarCacheEntry entry{m_varGeneration, m_scopeLevel, nullptr, nullptr};
+        auto found = m_variables.find(name);
+        if (found == m_variables.end()) {
+            CString& local = m_scratchName;
+            local.assign(name);
+            AddScopeLevelExtension(local);
+            found = m_variables.find(local);
+        }
+        if (found != m_variables.end()) {
+            entry.variable = found->second.get();
+            entry.key = &found->first;
+        }
+        it = m_varCache.insert_or_assign(position, entry).first;
+    }
+    if (key) *key = it->second.key;
+    return it->second.variable;
 }
 
 CBasicVariable* COrvoBasic::FindVariable(CString& name) {
@@ -81,6 +114,7 @@ bool COrvoBasic::SetVariableDirect(const CString& name, const CBasicVariable& va
     }
     if (!global) AddScopeLevelExtension(key);
     m_variables[key] = std::make_unique<CBasicVariable>(value);
+    ++m_varGeneration;
     return true;
 }
 
@@ -92,6 +126,7 @@ bool COrvoBasic::CopyVariable(const CString& name, const CBasicVariable& value, 
     }
     if (!global) AddScopeLevelExtension(key);
     m_variables[key] = std::make_unique<CBasicVariable>(value);
+    ++m_varGeneration;
     return true;
 }
 
@@ -105,6 +140,7 @@ bool COrvoBasic::SetVariableSize(const CString& name, int size, bool global) {
     auto var = std::make_unique<CBasicVariable>();
     if (size > 1) var->SetArraySize(size);
     m_variables[key] = std::move(var);
+    ++m_varGeneration;
     return true;
 }
 
@@ -112,6 +148,7 @@ bool COrvoBasic::SetVariableSize(const CString& name, int size, bool global) {
 bool COrvoBasic::VariableUndefine(const CString& name) {
     CString key = name;
     AddScopeLevelExtension(key);
+    ++m_varGeneration;
     return m_variables.erase(key) == 1;
 }
 
@@ -154,6 +191,7 @@ bool COrvoBasic::GetIndex(int& index) {
 }
 
 bool COrvoBasic::VariablesFree() {
+    ++m_varGeneration;
     m_variables.clear();
     return true;
 }
@@ -223,8 +261,7 @@ bool COrvoBasic::ExecDim(bool global) {
 }
 
 bool COrvoBasic::ExecGarbageCollection(CBasicVariable& result, CArgArray&, FUNCTION_TYPE) {
-    CString suffix = u"__#";
-    suffix += platform::FormatInt(m_scopeLevel + 1);
+    CString suffix = LevelSuffix(m_scopeLevel + 1);
     int removed = 0;
     for (auto it = m_variables.begin(); it != m_variables.end();) {
         const CString& key = it->first;
@@ -235,6 +272,7 @@ bool COrvoBasic::ExecGarbageCollection(CBasicVariable& result, CArgArray&, FUNCT
             ++it;
         }
     }
+    ++m_varGeneration;
     result.SetValue(removed);
     return true;
 }

@@ -1,5 +1,7 @@
 #include "ConsoleDesktop.h"
 
+#include "Utf8.h"
+
 #include <string>
 
 namespace ob::runner {
@@ -8,7 +10,7 @@ using ob::ui::IDCANCEL;
 using ob::ui::IDOK;
 
 int ConsoleDesktop::MessageBox(const CString& text, unsigned style) {
-    std::string out = text.ToUtf8();
+    std::string out = ToUtf8(text);
     std::fwrite(out.data(), 1, out.size(), stdout);
     if (out.empty() || out.back() != '\n') std::fputc('\n', stdout);
     std::fflush(stdout);
@@ -17,7 +19,7 @@ int ConsoleDesktop::MessageBox(const CString& text, unsigned style) {
 }
 
 void ConsoleDesktop::PrintBox(const CString& text) {
-    std::string out = text.ToUtf8();
+    std::string out = ToUtf8(text);
     std::fwrite(out.data(), 1, out.size(), stdout);
     std::fflush(stdout);
 }
@@ -26,13 +28,13 @@ void ConsoleDesktop::PrintBox(const CString& text) {
 // starts with one parsable line.
 int ConsoleDesktop::ErrorBox(const ob::ui::ErrorReport& report) {
     ++m_errors;
-    std::string message = report.message.ToUtf8();
+    std::string message = ToUtf8(report.message);
     for (char& c : message)
         if (c == '\n' || c == '\r') c = ' ';
     std::fflush(stdout);
-    std::fprintf(stderr, "%s:%d: error %d: %s\n", report.script.ToUtf8().c_str(), report.line, report.id,
+    std::fprintf(stderr, "%s:%d: error %d: %s\n", ToUtf8(report.script).c_str(), report.line, report.id,
                  message.c_str());
-    if (report.line > 0) std::fprintf(stderr, "    %s\n", report.sourceLine.ToUtf8().c_str());
+    if (report.line > 0) std::fprintf(stderr, "    %s\n", ToUtf8(report.sourceLine).c_str());
     std::fflush(stderr);
     switch (m_mode) {
     case OnError::Continue: return IDOK;
@@ -44,7 +46,7 @@ int ConsoleDesktop::ErrorBox(const ob::ui::ErrorReport& report) {
 
 void ConsoleDesktop::ResourceFallbackBox(const CString& text) {
     std::fflush(stdout);
-    std::fprintf(stderr, "%s\n", text.ToUtf8().c_str());
+    std::fprintf(stderr, "%s\n", ToUtf8(text).c_str());
     std::fflush(stderr);
 }
 

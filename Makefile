@@ -1,0 +1,54 @@
+# Wraps the CMake presets so that a fresh machine needs only two commands:
+# `make run` and `make test`. Both install missing system packages first.
+
+CMAKE ?= cmake
+CTEST ?= ctest
+JOBS  ?= 2
+
+# Steps run one after another even under `make -j`: deps must finish before configuring.
+.NOTPARALLEL:
+.PHONY: all deps build run test asan bench clean help
+
+all: build
+
+help:
+	@echo "make deps   install missing system packages (apt-get)"
+	@echo "make build  configure and build with the default preset (build/default)"
+	@echo "make run    deps + build, then run examples/hello.bas"
+	@echo "make test   deps + build, then run every test with ctest"
+	@echo "make asan   deps, then build and test with AddressSanitizer + UBSan (build/asan)"
+	@echo "make bench  build, then time the scripts in bench/"
+	@echo "make clean  remove the build directories"
+
+deps:
+	@bash scripts/install-deps.sh
+
+# Configure (quietly: only warnings and errors reach the terminal) and build one preset.
+# $(1) is the preset name.
+define configure_and_build
+	@echo "== configure $(1)"
+	@$(CMAKE) --preset $(1) --log-level=WARNING >/dev/null
+	@echo "== build $(1)"
+	@$(CMAKE) --build --preset $(1)
+endef
+
+build:
+	$(call configure_and_build,default)
+
+run: deps build
+	@build/default/orvobasic examples/hello.bas
+
+test: deps build
+	@echo "== test default"
+	@$(CTEST) --preset default -j$(JOBS) --output-on-failure
+
+asan: deps
+	$(call configure_and_build,asan)
+	@echo "== test asan"
+	@$(CTEST) --preset asan -j$(JOBS) --output-on-failure
+
+bench: build
+	@bash bench/run_bench.sh
+
+clean:
+	rm -rf build

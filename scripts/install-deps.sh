@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# Installs the Debian packages needed to build and test OrvoBasic.
+# Idempotent: asks dpkg which packages are missing and touches apt only then,
+# so a second run on a ready machine prints one line and changes nothing.
+set -euo pipefail
+
+# Every system package the build, the tests and the tools need. Add new ones here.
+PACKAGES="g++ make cmake ninja-build libgtest-dev libgmock-dev pkg-config python3 libffi-dev python3-dbfread"
+
+# Prints the packages of $PACKAGES that dpkg does not report as installed.
+missing_packages() {
+  local pkg status
+  for pkg in $PACKAGES; do
+    status=$(dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null || true)
+    if [[ "$status" != "install ok installed" ]]; then
+      printf '%s\n' "$pkg"
+    fi
+  done
+}
+
+# Runs a command as root: directly when we are root, else through sudo when it exists.
+as_root() {
+  if [[ $(id -u) -eq 0 ]]; then
+    "$@"
+  elif command -v sudo >/dev/null 2>&1; then
+    sudo "$@"
+  else
+    echo "install-deps: need root (or sudo) to run: $*" >&2
+    exit 1
+  fi
+}
+
+main() {
+  local missing
+  missing=$(missing_packages | tr '\n' ' ')
+  missing=${missing% }
+  if [[ -z "$missing" ]]; then
+    echo "install-deps: all packages already installed, nothing to do."
+    return 0
+  fi
+  echo "install-deps: installing: $missing"
+  # sudo drops the environment, so the non-interactive front end goes through env.
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get update -qq
+  # shellcheck disable=SC2086  # the list is meant to split into words
+  as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends $missing
+  echo "install-deps: done."
+}
+
+main "$@"

@@ -1,0 +1,252 @@
+// The C host API: running, freeing and signalling scripts, host functions
+// written in C, and the message loop. No exception leaves these functions.
+#include <orvobasic/orvobasic.h>
+
+#include <orvobasic/COrvoBasic.h>
+#include <orvobasic/desktop.h>
+
+#include "engine/EventTable.h"
+#include "engine/Registry.h"
+#include "platform/NumberFormat.h"
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+CString FromUtf16(const char16_t* text) { return text ? CString(text) : CString(); }
+
+CString FromUtf8(const char* text) { return text ? CString::FromUtf8(text) : CString(); }
+
+// Integer text of the integer VARIANT types the script value has no room for.
+bool IntegerText(const VARIANT& v, CString& text) {
+    switch (v.vt) {
+    case VT_I1: text = ob::platform::FormatInt(v.cVal); return true;
+    case VT_UI1: text = ob::platform::FormatInt(v.bVal); return true;
+    case VT_I8: text = CString::FromUtf8(std::to_string(v.llVal)); return true;
+    case VT_UI8: text = CString::FromUtf8(std::to_string(v.ullVal)); return true;
+    default: return false;
+    }
+}
+
+// A host value as a script value: empty and null stay unset, numbers,
+// truth values, strings and objects map directly, the other integer types
+// become their text, anything else (arrays, references, dates) stays unset.
+CBasicVariable ToScriptValue(const VARIANT& v) {
+    CBasicVariable value;
+    CString text;
+    if (v.vt == VT_EMPTY || v.vt == VT_NULL) return value;
+    if (IntegerText(v, text)) value.SetValue(text);
+    else value.SetValue(v);
+    return value;
+}
+
+// The current element of a script value as a VARIANT the callee may read;
+// the caller clears it.
+void ToHostValue(const CBasicVariable& value, VARIANT& out) {
+    VariantInit(&out);
+    const CVarBase& item = value.GetCurrent();
+    switch (item.GetVarType()) {
+    case VT_I4: out.vt = VT_I4; out.lVal = static_cast<int32_t>(item.GetLongValue()); break;
+    case VT_R8: out.vt = VT_R8; out.dblVal = item.GetDoubleValue(); break;
+    case VT_BOOL: out.vt = VT_BOOL; out.boolVal = item.GetLongValue() ? VARIANT_TRUE : VARIANT_FALSE; break;
+    case VT_BSTR: {
+        const CString& s = item.StringRef();
+        out.vt = VT_BSTR;
+        out.bstrVal = SysAllocStringLen(s.c_str(), static_cast<uint32_t>(s.size()));
+        break;
+    }
+    case VT_DISPATCH:
+        out.vt = VT_DISPATCH;
+        out.pdispVal = item.GetObjectValue();
+        if (out.pdispVal) out.pdispVal->AddRef();
+        break;
+    default: break;
+    }
+}
+
+// A host function written in C, reached through the C++ custom-function
+// table: the descriptor's user value is the index of its entry here.
+struct HostFunctionEntry {
+    OB_HostFunction function;
+    void* userData;
+};
+
+// Entries live for the process; the same function and data reuse one entry,
+// so registering again after the table was emptied does not grow this.
+std::vector<HostFunctionEntry>& HostFunctions() {
+    static std::vector<HostFunctionEntry> entries;
+    return entries;
+}
+
+int HostFunctionIndex(OB_HostFunction function, void* userData) {
+    auto& entries = HostFunctions();
+    for (size_t i = 0; i < entries.size(); ++i)
+        if (entries[i].function == function && entries[i].userData == userData) return static_cast<int>(i);
+    entries.push_back({function, userData});
+    return static_cast<int>(entries.size() - 1);
+}
+
+// Converts the arguments, calls the C function and takes over its result.
+CBasicVariable CallHostFunction(COrvoBasic* script, CArgArray& args, int index) {
+    CBasicVariable value;
+    auto& entries = HostFunctions();
+    if (index < 0 || static_cast<size_t>(index) >= entries.size()) return value;
+    HostFunctionEntry entry = entries[static_cast<size_t>(index)];
+    std::vector<VARIANT> hostArgs(args.size());
+    for (size_t i = 0; i < args.size(); ++i) ToHostValue(args[i], hostArgs[i]);
+    VARIANT result;
+    VariantInit(&result);
+    entry.function(script, hostArgs.data(), static_cast<int32_t>(hostArgs.size()), &result, entry.userData);
+    value = ToScriptValue(result);
+    VariantClear(&result);
+    for (VARIANT& v : hostArgs) VariantClear(&v);
+    return value;
+}
+
+bool AddCFunction(const CString& name, OB_HostFunction function, int32_t paramCount, void* userData) {
+    if (name.IsEmpty() || !function) return false;
+    try {
+        return ob::AddHostFunction(name, &CallHostFunction, paramCount, HostFunctionIndex(function, userData));
+    } catch (...) {
+        return false;
+    }
+}
+
+OB_HANDLE ExecuteScript(const CString& path, int32_t* resident) {
+    try {
+        auto script = std::make_unique<COrvoBasic>();
+        if (!script->ExecuteProgram(path)) return nullptr;
+        if (resident) *resident = script->IsResident() ? 1 : 0;
+        return script.release();
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+// Converts the arguments and delivers the event; see OB_SendEvent.
+int32_t SendEvent(OB_HANDLE script, const CString& name, const VARIANT* args, int32_t count) {
+    try {
+        CArgArray values;
+        for (int32_t i = 0; args && i < count; ++i) values.push_back(ToScriptValue(args[i]));
+        if (!script) {
+            COrvoBasic::SendEvent(name, values);
+        } else if (COrvoBasic::IsValidInterpreter(script)) {
+            script->EventThrow(name, values);
+        }
+    } catch (...) {
+        // An aborted handler ends the delivery; the host is not told.
+    }
+    return 1;
+}
+
+// Copies `text` into a zero-terminated buffer of `size` units; returns its full length.
+template <typename Unit, typename Text>
+int32_t CopyOut(const Text& text, Unit* buffer, int32_t size) {
+    if (buffer && size > 0) {
+        size_t n = std::min(text.size(), static_cast<size_t>(size - 1));
+        std::memcpy(buffer, text.data(), n * sizeof(Unit));
+        buffer[n] = 0;
+    }
+    return static_cast<int32_t>(text.size());
+}
+
+CString LastErrorOf(OB_HANDLE script) {
+    return COrvoBasic::IsValidInterpreter(script) ? script->GetLastError() : CString();
+}
+
+}  // namespace
+
+extern "C" {
+
+int32_t OB_Initialize(void) { return OB_INTERFACE_VERSION; }
+
+void OB_Uninitialize(void) {}
+
+OB_HANDLE OB_ExecuteScriptFile(const char16_t* path, int32_t* resident) {
+    return ExecuteScript(FromUtf16(path), resident);
+}
+
+OB_HANDLE OB_ExecuteScriptFileUtf8(const char* path, int32_t* resident) {
+    try {
+        return ExecuteScript(FromUtf8(path), resident);
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+void OB_FreeScript(OB_HANDLE script) {
+    if (!COrvoBasic::IsValidInterpreter(script)) return;
+    try {
+        delete script;
+    } catch (...) {
+    }
+}
+
+int32_t OB_SendEvent(OB_HANDLE script, const char16_t* name, const VARIANT* args, int32_t count) {
+    return SendEvent(script, FromUtf16(name), args, count);
+}
+
+int32_t OB_SendEventUtf8(OB_HANDLE script, const char* name, const VARIANT* args, int32_t count) {
+    try {
+        return SendEvent(script, FromUtf8(name), args, count);
+    } catch (...) {
+        return 1;
+    }
+}
+
+int32_t OB_GetLastError(OB_HANDLE script, char16_t* buffer, int32_t size) {
+    try {
+        return CopyOut(LastErrorOf(script), buffer, size);
+    } catch (...) {
+        return CopyOut(std::u16string(), buffer, size);
+    }
+}
+
+int32_t OB_GetLastErrorUtf8(OB_HANDLE script, char* buffer, int32_t size) {
+    try {
+        return CopyOut(LastErrorOf(script).ToUtf8(), buffer, size);
+    } catch (...) {
+        return CopyOut(std::string(), buffer, size);
+    }
+}
+
+int32_t OB_IsResident(OB_HANDLE script) {
+    return COrvoBasic::IsValidInterpreter(script) && script->IsResident() ? 1 : 0;
+}
+
+int32_t OB_HasTimer(OB_HANDLE script) {
+    return COrvoBasic::IsValidInterpreter(script) && ob::HasRunningTimer(script) ? 1 : 0;
+}
+
+int32_t OB_AddCustomFunction(const char16_t* name, OB_HostFunction function, int32_t paramCount,
+                             void* userData) {
+    try {
+        return AddCFunction(FromUtf16(name), function, paramCount, userData) ? 1 : 0;
+    } catch (...) {
+        return 0;
+    }
+}
+
+int32_t OB_AddCustomFunctionUtf8(const char* name, OB_HostFunction function, int32_t paramCount,
+                                 void* userData) {
+    try {
+        return AddCFunction(FromUtf8(name), function, paramCount, userData) ? 1 : 0;
+    } catch (...) {
+        return 0;
+    }
+}
+
+int32_t OB_RunMessageLoop(int32_t timeoutMs) {
+    try {
+        return ob::ui::GetDesktop().RunMessageLoop(timeoutMs) ? 1 : 0;
+    } catch (...) {
+        return 0;
+    }
+}
+
+void OB_QuitMessageLoop(void) { ob::ui::GetDesktop().QuitMessageLoop(); }
+
+}  // extern "C"

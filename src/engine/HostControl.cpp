@@ -1,0 +1,135 @@
+// Host control: stop requests, budgets, capabilities and the line hook.
+// None of it changes what a script sees while the host uses none of it; the
+// statement loop pays one flag test per statement.
+#include <orvobasic/COrvoBasic.h>
+
+using namespace ob;
+
+namespace {
+
+// How often (in statements) the clock and the cell count are looked at.
+constexpr uint64_t kClockEvery = 64;
+constexpr uint64_t kCellsEvery = 256;
+
+struct CapabilityOfCommand {
+    COMMAND_TYPE command;
+    unsigned capability;
+};
+
+const CapabilityOfCommand kStatementCapabilities[] = {
+    {CMD_OPEN, OB_CAP_FILES}, {CMD_CLOSE, OB_CAP_FILES}, {CMD_RUN, OB_CAP_PROCESS},
+    {CMD_RUNEXE, OB_CAP_PROCESS}, {CMD_DECLARE, OB_CAP_NATIVE}, {CMD_DIALOG, OB_CAP_DIALOGS},
+    {CMD_CLOSEDIALOG, OB_CAP_DIALOGS}, {CMD_ALTER, OB_CAP_DIALOGS}, {CMD_SETFOCUS, OB_CAP_DIALOGS},
+    {CMD_PROPERTYSHEET, OB_CAP_DIALOGS}, {CMD_PLAYSOUND, OB_CAP_SOUND},
+};
+
+// The capability a built-in needs, 0 for none.
+unsigned CapabilityOfFunction(FUNCTION_TYPE type) {
+    switch (type) {
+    case FT_READ: case FT_WRITE: case FT_READLINE: case FT_READLIST: case FT_WRITELINE:
+    case FT_SEEK: case FT_FILESIZE: case FT_ISEOF: case FT_GETFILEPOS: case FT_FINDFILES:
+    case FT_DBFOPEN: case FT_DBFCREATE: case FT_DBFCLOSE: case FT_DBFREAD: case FT_DBFWRITE:
+    case FT_DBFAPPEND: case FT_DBFSEEK: case FT_DBFDELETE: case FT_DBFNUMRECORDS:
+    case FT_DBFNUMFIELDS: case FT_DBFFIELDNAMES:
+        return OB_CAP_FILES;
+    case FT_COMPORTOPEN: case FT_COMPORTCLOSE: case FT_COMPORTREAD: case FT_COMPORTWRITE:
+        return OB_CAP_SERIAL;
+    case FT_CREATEOBJECT: case FT_AUTOMATION:
+        return OB_CAP_AUTOMATION;
+    case FT_DECLARED:
+        return OB_CAP_NATIVE;
+    case FT_FILEOPENDLG: case FT_FILESAVEASDLG: case FT_CONTROLVALUE: case FT_POPUPMENU:
+    case FT_SENDMESSAGE: case FT_ASK: case FT_POINTOFFSET: case FT_GETWINDOWHANDLE: case FT_COPYDATA:
+        return OB_CAP_DIALOGS;
+    default:
+        return 0;
+    }
+}
+
+}  // namespace
+
+void COrvoBasic::UpdateControlActive() {
+    m_controlActive = m_budgets.maxSteps || m_budgets.timeoutMs || m_budgets.maxDepth || m_budgets.maxCells ||
+                      static_cast<bool>(m_lineHook);
+}
+
+void COrvoBasic::SetBudgets(const Budgets& budgets) {
+    m_budgets = budgets;
+    m_steps = 0;
+    if (budgets.timeoutMs)
+        m_deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(budgets.timeoutMs);
+    UpdateControlActive();
+}
+
+void COrvoBasic::SetLineHook(LineHook hook) {
+    m_lineHook = std::move(hook);
+    UpdateControlActive();
+}
+
+bool COrvoBasic::ResolvePath(CString& path) { return !m_pathResolver || m_pathResolver(path); }
+
+uint64_t COrvoBasic::CountCells() const {
+    uint64_t cells = 0;
+    for (const auto& entry : m_variables) cells += static_cast<uint64_t>(entry.second->GetNumItems());
+    return cells;
+}
+
+// Reports how the run ends and ends it; the report's answer cannot resume it.
+void COrvoBasic::EndRun(int runResult) {
+    m_runResult = runResult;
+    m_stopRequested.store(false, std::memory_order_relaxed);
+    m_exprAbandoned = false;
+    try {
+        ReportError(OB_ERR_STOPPED + runResult - OB_E_STOPPED);
+    } catch (const ScriptAbort&) {
+    }
+    m_stop = true;
+    throw ScriptAbort{};
+}
+
+// Runs before every statement while a stop request, a budget or a hook is set.
+void COrvoBasic::HostChecks() {
+    if (m_stopRequested.load(std::memory_order_relaxed)) EndRun(OB_E_STOPPED);
+    ++m_steps;
+    if (m_budgets.maxSteps && m_steps > m_budgets.maxSteps) EndRun(OB_E_STEP_LIMIT);
+    if (m_budgets.timeoutMs && m_steps % kClockEvery == 0 && std::chrono::steady_clock::now() >= m_deadline)
+        EndRun(OB_E_TIMEOUT);
+    if (m_budgets.maxCells && m_steps % kCellsEvery == 0 && CountCells() > m_budgets.maxCells)
+        EndRun(OB_E_MEMORY);
+    if (m_lineHook && m_lineHook(m_scriptPath, LineOfPosition(m_stmtPos), m_scopeLevel) == OB_ABORT)
+        EndRun(OB_E_STOPPED);
+}
+
+bool COrvoBasic::StatementAllowed(COMMAND_TYPE command) {
+    for (const auto& entry : kStatementCapabilities)
+        if (entry.command == command && !IsAllowed(entry.capability)) {
+            ReportError(40);
+            FindEOL();
+            return false;
+        }
+    return true;
+}
+
+// A denied function reports error 21 and its argument list is skipped
+// without being evaluated.
+bool COrvoBasic::FunctionAllowed(FUNCTION_TYPE type) {
+    unsigned capability = CapabilityOfFunction(type);
+    if (!capability || IsAllowed(capability)) return true;
+    ReportError(21);
+    SkipArgumentList();
+    return false;
+}
+
+// Skips "( ... )" up to its matching ")" (or the line end); the ")" is put back.
+void COrvoBasic::SkipArgumentList() {
+    int depth = 0;
+    for (;;) {
+        uint32_t before = m_pos;
+        if (get_token() == TOKEN_NONE && m_pos == before) NextChar();
+        if (m_command == CMD_EOL || m_command == CMD_FINISHED) break;
+        if (m_tokenType != DELIMITER) continue;
+        if (m_token == u"(") ++depth;
+        if (m_token == u")" && --depth <= 0) break;
+    }
+    putback();
+}

@@ -1,0 +1,13 @@
+// Internal entry points of the interpreter registry for the host API.
+#pragma once
+
+#include <orvobasic/COrvoBasic.h>
+
+namespace ob {
+
+// Adds a host function to the shared table, as COrvoBasic::AddCustomFunction
+// does, without needing an interpreter: false for an empty name or a null
+// function; a name already in the table keeps its first function (true).
+bool AddHostFunction(const CString& name, OB_CustomFunction function, int paramCount, int userData);
+
+}  // namespace ob

@@ -1,0 +1,80 @@
+// The interpreter's timer: "timerstart" and "timerstop", and the timer
+// window that turns the desktop's ticks into "OnTimer" events.
+#include "engine/EventTable.h"
+
+#include <orvobasic/COrvoBasic.h>
+#include <orvobasic/desktop.h>
+
+#include <cmath>
+#include <unordered_set>
+
+using namespace ob;
+
+namespace {
+
+// The interval in milliseconds: truncated; NaN and values below 1 become 0
+// (the desktop raises it to its minimum), values beyond 32 bits signed are
+// capped.
+unsigned IntervalOf(double value) {
+    if (!(value >= 1)) return 0;
+    if (value > 2147483647.0) return 2147483647u;
+    return static_cast<unsigned>(std::trunc(value));
+}
+
+// The interpreters whose timer runs; kept by ExecTimerStart/ExecTimerStop,
+// so a destroyed interpreter (its destructor stops the timer) is never here.
+std::unordered_set<const COrvoBasic*>& TimerOwners() {
+    static std::unordered_set<const COrvoBasic*> owners;
+    return owners;
+}
+
+}  // namespace
+
+bool ob::HasRunningTimer(const COrvoBasic* interpreter) { return TimerOwners().count(interpreter) > 0; }
+
+// Only the pointer to the owner is read before the event runs: a handler may
+// stop or restart the timer, which destroys this object.
+void CTimerWindow::OnTimer() {
+    COrvoBasic* owner = m_owner;
+    if (!owner) return;
+    if (!COrvoBasic::IsValidInterpreter(owner)) {
+        m_owner = nullptr;
+        return;
+    }
+    CBasicVariable unset;
+    try {
+        owner->EventThrow(u"OnTimer", &unset);
+    } catch (...) {
+        // An aborted handler ends this tick only.
+    }
+}
+
+void CTimerWindow::TimerProc(void* context, unsigned) {
+    if (context) static_cast<CTimerWindow*>(context)->OnTimer();
+}
+
+// "timerstart MS": replaces any running timer with one ticking every MS.
+bool COrvoBasic::ExecTimerStart() {
+    ExecTimerStop();
+    auto window = std::make_unique<CTimerWindow>(this);
+    CBasicVariable interval;
+    get_exp(interval);
+    unsigned id = m_desktop->SetTimer(IntervalOf(interval.GetNumberValue()), &CTimerWindow::TimerProc,
+                                      window.get());
+    m_events->timerId = id;
+    m_events->timerWindow = std::move(window);
+    m_events->timerDesktop = m_desktop;
+    if (id > 0) TimerOwners().insert(this);
+    return true;
+}
+
+// "timerstop": stops the timer if one runs; always true.
+bool COrvoBasic::ExecTimerStop() {
+    if (m_events->timerId > 0 && m_events->timerWindow && m_events->timerDesktop)
+        m_events->timerDesktop->KillTimer(m_events->timerId);
+    m_events->timerWindow.reset();
+    m_events->timerId = 0;
+    m_events->timerDesktop = nullptr;
+    TimerOwners().erase(this);
+    return true;
+}

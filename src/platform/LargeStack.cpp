@@ -1,0 +1,102 @@
+#include "platform/LargeStack.h"
+
+#include <pthread.h>
+#include <sys/mman.h>
+#include <ucontext.h>
+
+#include <exception>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define OB_ASAN_FIBERS 1
+#include <sanitizer/common_interface_defs.h>
+#endif
+
+namespace ob::platform {
+namespace {
+
+// Reserved, not committed: pages are backed only as deep recursion touches them.
+constexpr size_t kLargeStackSize = size_t{512} * 1024 * 1024;
+
+struct Fiber {
+    ucontext_t caller{};
+    ucontext_t callee{};
+    const std::function<void()>* body = nullptr;
+    std::exception_ptr error;
+    char* stack = nullptr;
+#ifdef OB_ASAN_FIBERS
+    void* fakeStack = nullptr;
+    const void* callerBottom = nullptr;
+    size_t callerSize = 0;
+#endif
+};
+
+thread_local Fiber* t_active = nullptr;   // the fiber this thread runs on, if any
+
+void FiberEntry() {
+    Fiber* fiber = t_active;
+#ifdef OB_ASAN_FIBERS
+    __sanitizer_finish_switch_fiber(nullptr, &fiber->callerBottom, &fiber->callerSize);
+#endif
+    try {
+        (*fiber->body)();
+    } catch (...) {
+        fiber->error = std::current_exception();
+    }
+#ifdef OB_ASAN_FIBERS
+    __sanitizer_start_switch_fiber(nullptr, fiber->callerBottom, fiber->callerSize);
+#endif
+    // Returning resumes uc_link, the caller's context.
+}
+
+}  // namespace
+
+void RunOnLargeStack(const std::function<void()>& body) {
+    if (t_active) {
+        body();
+        return;
+    }
+    void* stack = mmap(nullptr, kLargeStackSize, PROT_READ | PROT_WRITE,
+                       MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_STACK, -1, 0);
+    if (stack == MAP_FAILED) {
+        body();   // no room for a stack of its own: run where we are
+        return;
+    }
+    Fiber fiber;
+    fiber.body = &body;
+    fiber.stack = static_cast<char*>(stack);
+    getcontext(&fiber.callee);
+    fiber.callee.uc_stack.ss_sp = stack;
+    fiber.callee.uc_stack.ss_size = kLargeStackSize;
+    fiber.callee.uc_link = &fiber.caller;
+    makecontext(&fiber.callee, FiberEntry, 0);
+    t_active = &fiber;
+#ifdef OB_ASAN_FIBERS
+    __sanitizer_start_switch_fiber(&fiber.fakeStack, stack, kLargeStackSize);
+#endif
+    swapcontext(&fiber.caller, &fiber.callee);
+#ifdef OB_ASAN_FIBERS
+    __sanitizer_finish_switch_fiber(fiber.fakeStack, nullptr, nullptr);
+#endif
+    t_active = nullptr;
+    munmap(stack, kLargeStackSize);
+    if (fiber.error) std::rethrow_exception(fiber.error);
+}
+
+bool OnLargeStack() { return t_active != nullptr; }
+
+bool CurrentStackBounds(char*& low, size_t& size) {
+    if (t_active) {
+        low = t_active->stack;
+        size = kLargeStackSize;
+        return true;
+    }
+    pthread_attr_t attr;
+    if (pthread_getattr_np(pthread_self(), &attr) != 0) return false;
+    void* base = nullptr;
+    int rc = pthread_attr_getstack(&attr, &base, &size);
+    pthread_attr_destroy(&attr);
+    low = static_cast<char*>(base);
+    return rc == 0;
+}
+
+}  // namespace ob::platform

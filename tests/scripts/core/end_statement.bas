@@ -1,0 +1,4 @@
+# "end" ends the run like "stop".
+print "one"  # expect: one
+End
+print "never"
