@@ -1,6 +1,6 @@
 # Installs the build into a staging prefix, builds host.c against it through
 # pkg-config, and checks the program's output.
-#   cmake -DBUILD_DIR=... -DSTAGE=... -DSOURCE=... -DCC=... -P check_installed.cmake
+#   cmake -DBUILD_DIR=... -DSTAGE=... -DSOURCE=... -DCC=... [-DEXTRA_FLAGS=...] -P check_installed.cmake
 file(REMOVE_RECURSE ${STAGE})
 execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${STAGE}
   OUTPUT_QUIET RESULT_VARIABLE status)
@@ -18,7 +18,8 @@ if(NOT status EQUAL 0)
   message(FATAL_ERROR "pkg-config does not know orvobasic")
 endif()
 separate_arguments(flags UNIX_COMMAND "${flags}")
-execute_process(COMMAND ${CC} -std=c11 -Wall -Wextra -Werror ${SOURCE}/host.c ${flags} -o ${STAGE}/host
+separate_arguments(extra UNIX_COMMAND "${EXTRA_FLAGS}")
+execute_process(COMMAND ${CC} -std=c11 -Wall -Wextra -Werror ${extra} ${SOURCE}/host.c ${flags} -o ${STAGE}/host
   RESULT_VARIABLE status)
 if(NOT status EQUAL 0)
   message(FATAL_ERROR "host.c does not build against the installed library")

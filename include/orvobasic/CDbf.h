@@ -18,6 +18,7 @@
 #pragma once
 
 #include <orvobasic/CString.h>
+#include <orvobasic/export.h>
 
 #include <cstdint>
 #include <memory>
@@ -39,7 +40,7 @@ enum DBF_FIELD_TYPE {
 };
 
 // Thrown by CDbf when the file system fails it (see the header comment).
-class CFileException : public std::runtime_error {
+class OB_API CFileException : public std::runtime_error {
 public:
     enum Cause {
         none = 0,
@@ -54,7 +55,7 @@ public:
 
 // One field: its name (at most 10 characters are stored), length in bytes,
 // decimal count, offset inside the record (after the flag byte) and type.
-class CDbfFieldDescriptorEx {
+class OB_API CDbfFieldDescriptorEx {
 public:
     CDbfFieldDescriptorEx() = default;
     CDbfFieldDescriptorEx(const CString& name, DBF_FIELD_TYPE type, int32_t length, int32_t decimals = 0)
@@ -68,7 +69,7 @@ public:
 };
 
 // A field name with the current record's value of that field.
-class CAttributePair {
+class OB_API CAttributePair {
 public:
     CAttributePair() = default;
     CAttributePair(const CString& name, const CString& value) : m_name(name), m_value(value) {}
@@ -77,7 +78,7 @@ public:
     CString m_value;
 };
 
-class CDbf {
+class OB_API CDbf {
 public:
     // Open modes.
     enum ReadWrite { modeRead = 0, modeWrite = 1, modeReadWrite = 2 };

@@ -404,6 +404,8 @@ private:
     void ReadIdentifier();
     ob::BASIC_TOKEN_TYPE ClassifyIdentifier();
     void ReadStringLiteral();
+    void LeftAssociative(CBasicVariable& result, std::u16string_view operators,
+                         void (COrvoBasic::*next)(CBasicVariable&));
     void level2(CBasicVariable& result);
     void level3(CBasicVariable& result);
     void level4(CBasicVariable& result);

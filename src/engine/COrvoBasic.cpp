@@ -54,7 +54,7 @@ COrvoBasic::~COrvoBasic() {
     --m_nNumberOfCopies;
 }
 
-// Reads the whole file as 8-bit text and appends one line feed.
+// Reads the whole file as 8-bit text (up to a first NUL byte) and appends one line feed.
 bool COrvoBasic::LoadFile(const CString& path) {
     std::FILE* f = std::fopen(path.ToUtf8().c_str(), "rb");
     if (!f) return false;
@@ -65,6 +65,9 @@ bool COrvoBasic::LoadFile(const CString& path) {
     bool failed = std::ferror(f) != 0;
     std::fclose(f);
     if (failed) return false;
+    // The bytes are taken as one zero-terminated 8-bit string: a NUL byte ends the text.
+    size_t nul = bytes.find('\0');
+    if (nul != std::string::npos) bytes.resize(nul);
     m_text.clear();
     platform::AnsiToWide(bytes, m_text);
     m_text.push_back(u'\n');

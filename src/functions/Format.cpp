@@ -1,6 +1,6 @@
 #include "functions/Format.h"
 
-#include <clocale>
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>

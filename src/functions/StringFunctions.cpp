@@ -82,9 +82,17 @@ const StringOp kStringOps[] = {
          return 0;
      }},
     // the first n characters (all of them when n exceeds the length, none for n <= 0)
-    {FT_LEFT, 2, true, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(Text(a[0]).Left(ArgInt(a[1]))); return 0; }},
+    {FT_LEFT, 2, true,
+     [](CBasicVariable& r, const CArgArray& a) {
+         r.SetValue(Text(a[0]).Left(ArgInt(a[1])));
+         return 0;
+     }},
     // the last n characters, clamped the same way
-    {FT_RIGHT, 2, true, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(Text(a[0]).Right(ArgInt(a[1]))); return 0; }},
+    {FT_RIGHT, 2, true,
+     [](CBasicVariable& r, const CArgArray& a) {
+         r.SetValue(Text(a[0]).Right(ArgInt(a[1])));
+         return 0;
+     }},
     // count characters from start; a negative start counts from 0, a start past the end gives ""
     {FT_MID, 3, true,
      [](CBasicVariable& r, const CArgArray& a) {
@@ -92,7 +100,11 @@ const StringOp kStringOps[] = {
          return 0;
      }},
     // position of the first occurrence, -1 when absent (an empty text sought is found at 0)
-    {FT_INSTR, 2, true, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(Text(a[0]).Find(Text(a[1]))); return 0; }},
+    {FT_INSTR, 2, true,
+     [](CBasicVariable& r, const CArgArray& a) {
+         r.SetValue(Text(a[0]).Find(Text(a[1])));
+         return 0;
+     }},
     {FT_LCASE, 1, false, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(Text(a[0]).MakeLower()); return 0; }},
     {FT_UCASE, 1, false, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(Text(a[0]).MakeUpper()); return 0; }},
     // every occurrence of old replaced by new; an empty old changes nothing

@@ -8,6 +8,7 @@
 #include <orvobasic/CDbf.h>
 #include <orvobasic/COrvoBasic.h>
 
+#include <algorithm>
 #include <new>
 #include <vector>
 
@@ -114,30 +115,34 @@ const DbfOpEntry kDbfOps[] = {
     {FT_DBFNUMFIELDS, true, NumFields}, {FT_DBFFIELDNAMES, false, FieldNames},
 };
 
+// A script number truncated and held to the 32-bit range.
+int32_t ToInt32(double number) {
+    return static_cast<int32_t>(std::clamp<int64_t>(io::TruncToInt64(number), INT32_MIN, INT32_MAX));
+}
+
 // One field definition of "dbfcreate": name, type, length [, decimals].
 CDbfFieldDescriptorEx FieldOf(const CBasicVariable& definition) {
     CDbfFieldDescriptorEx field;
     field.m_name = definition.GetItem(0).GetStringValue();
     field.m_type = CDbf::StringToDBFFieldType(definition.GetItem(1).GetStringValue());
-    field.m_length = static_cast<int32_t>(io::TruncToInt64(definition.GetItem(2).GetDoubleValue()));
-    if (definition.GetNumItems() > 3)
-        field.m_decimals = static_cast<int32_t>(io::TruncToInt64(definition.GetItem(3).GetDoubleValue()));
+    field.m_length = ToInt32(definition.GetItem(2).GetDoubleValue());
+    if (definition.GetNumItems() > 3) field.m_decimals = ToInt32(definition.GetItem(3).GetDoubleValue());
     return field;
 }
 
-int32_t HandleOf(const CBasicVariable& arg) {
-    int64_t handle = io::TruncToInt64(arg.GetNumberValue());
-    if (handle < INT32_MIN) return -1;
-    return handle > INT32_MAX ? INT32_MAX : static_cast<int32_t>(handle);
-}
+// Handles below zero (error 57) stay below zero; huge ones name no table.
+int32_t HandleOf(const CBasicVariable& arg) { return ToInt32(arg.GetNumberValue()); }
 
 // "dbfopen" NAME: the new handle, or -1. The table is opened for reading and
-// becomes read-write on its first write.
+// becomes read-write on its first write. A name the host's path resolver
+// refuses is error 47.
 bool DbfOpen(COrvoBasic& interp, CBasicVariable& result, CArgArray& args) {
     result.SetValue(-1);
+    CString path = args[0].GetStringValue();
+    if (!interp.ResolvePath(path)) return Fail(interp, 47);
     auto file = std::make_unique<CDbfDataFile>();
     try {
-        if (!file->Open(args[0].GetStringValue(), CDbf::modeRead)) return false;
+        if (!file->Open(path, CDbf::modeRead)) return false;
     } catch (const CFileException&) {
         return false;
     }
@@ -146,7 +151,8 @@ bool DbfOpen(COrvoBasic& interp, CBasicVariable& result, CArgArray& args) {
 }
 
 // "dbfcreate" NAME, DEFINITION...: the new handle, or -1. A definition of
-// fewer than three items is error 24 and creates nothing.
+// fewer than three items is error 24 and creates nothing; a name the host's
+// path resolver refuses is error 47.
 bool DbfCreate(COrvoBasic& interp, CBasicVariable& result, CArgArray& args) {
     result.SetValue(-1);
     if (args.size() < 2) return true;
@@ -155,8 +161,10 @@ bool DbfCreate(COrvoBasic& interp, CBasicVariable& result, CArgArray& args) {
         if (args[i].GetNumItems() < 3) return Fail(interp, 24);
         fields.push_back(FieldOf(args[i]));
     }
+    CString path = args[0].GetStringValue();
+    if (!interp.ResolvePath(path)) return Fail(interp, 47);
     auto file = std::make_unique<CDbfDataFile>();
-    if (!file->Dbf().Create(args[0].GetStringValue(), fields)) return false;
+    if (!file->Dbf().Create(path, fields)) return false;
     result.SetValue(interp.DataFiles().Add(std::move(file)));
     return true;
 }

@@ -245,9 +245,12 @@ bool COrvoBasic::ExecFileOperation(CBasicVariable& result, CArgArray& args, FUNC
     return true;
 }
 
-// "findfiles" PATTERN, ANY: the matching names appended to the result.
+// "findfiles" PATTERN, ANY: the matching names appended to the result; a
+// pattern the host's path resolver refuses is error 47.
 bool COrvoBasic::ExecFindFiles(CBasicVariable& result, CArgArray& args, FUNCTION_TYPE) {
     if (args.size() < 2) return Fail(*this, 24);
-    for (const CString& name : platform::FindFiles(args[0].GetStringValue())) result.AddItem(name);
+    CString pattern = args[0].GetStringValue();
+    if (!ResolvePath(pattern)) return Fail(*this, 47);
+    for (const CString& name : platform::FindFiles(pattern)) result.AddItem(name);
     return true;
 }

@@ -47,8 +47,8 @@ bool IsLineEndToken(const COrvoBasic& b) {
 
 // "open" NAME, then in any order up to the line end: "for" input|output|append,
 // "as" NUMBER, "text". Other tokens are skipped. The number must lie in
-// 1..256 (error 46; a missing "as" counts as -1); a file the system refuses
-// is error 47 whatever the cause. The old file of the slot is closed only
+// 1..256 (error 46; a missing "as" counts as -1); a file the system or the
+// host's path resolver refuses is error 47 whatever the cause. The old file of the slot is closed only
 // when the new one has opened.
 bool COrvoBasic::ExecOpenFile() {
     CBasicVariable name;
@@ -90,7 +90,8 @@ bool COrvoBasic::ExecOpenFile() {
         ReportError(46);
         return false;
     }
-    std::unique_ptr<CFileHolder> holder = OpenHolder(name.GetStringValue(), mode, text);
+    CString path = name.GetStringValue();
+    std::unique_ptr<CFileHolder> holder = ResolvePath(path) ? OpenHolder(path, mode, text) : nullptr;
     if (!holder) {
         ReportError(47);
         return false;

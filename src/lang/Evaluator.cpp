@@ -24,8 +24,6 @@ struct DepthGuard {
     ~DepthGuard() { --depth; }
 };
 
-inline bool TokenStartsWith(const CString& token, char16_t c) { return !token.empty() && token[0] == c; }
-
 // Multiplications the power loop performs: the exponent less one, rounded up.
 double RepeatedPower(double a, double b) {
     if (b == 0) return 1;
@@ -82,28 +80,23 @@ void COrvoBasic::get_exp(CBasicVariable& result) {
     m_exprOperandStart = outerStart;
 }
 
-void COrvoBasic::level2(CBasicVariable& result) {
-    level3(result);
-    while (!m_exprAbandoned && (TokenStartsWith(m_token, u'+') || TokenStartsWith(m_token, u'-'))) {
+// A left-associative level: `next`, then while the token begins with one of
+// `operators`, another `next` combined into the result.
+void COrvoBasic::LeftAssociative(CBasicVariable& result, std::u16string_view operators,
+                                 void (COrvoBasic::*next)(CBasicVariable&)) {
+    (this->*next)(result);
+    while (!m_exprAbandoned && !m_token.empty() && operators.find(m_token[0]) != operators.npos) {
         int op = GetArithOperation(m_token[0]);
         get_token();
         CBasicVariable right;
-        level3(right);
+        (this->*next)(right);
         ComputeOperation(op, result, right);
     }
 }
 
-void COrvoBasic::level3(CBasicVariable& result) {
-    level4(result);
-    while (!m_exprAbandoned && (TokenStartsWith(m_token, u'*') || TokenStartsWith(m_token, u'/') ||
-                                TokenStartsWith(m_token, u'%'))) {
-        int op = GetArithOperation(m_token[0]);
-        get_token();
-        CBasicVariable right;
-        level4(right);
-        ComputeOperation(op, result, right);
-    }
-}
+void COrvoBasic::level2(CBasicVariable& result) { LeftAssociative(result, u"+-", &COrvoBasic::level3); }
+
+void COrvoBasic::level3(CBasicVariable& result) { LeftAssociative(result, u"*/%", &COrvoBasic::level4); }
 
 void COrvoBasic::level4(CBasicVariable& result) {
     level5(result);

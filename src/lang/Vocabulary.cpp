@@ -74,14 +74,23 @@ bool COrvoBasic::BuildKeywordTable() {
     return true;
 }
 
+namespace {
+
+// Looks `word` up in lower case, through a reused scratch string so that
+// lookups allocate nothing; `none` when absent.
+template <typename Table, typename Value>
+Value LookupLowered(const Table& table, const CString& word, CString& scratch, Value none) {
+    scratch.assign(word);
+    auto it = table.find(scratch.MakeLower());
+    return it == table.end() ? none : it->second;
+}
+
+}  // namespace
+
 COMMAND_TYPE COrvoBasic::LookupCommand(const CString& word) const {
-    m_lowerScratch.assign(word);   // reused, so lookups allocate nothing
-    auto it = m_commands.find(m_lowerScratch.MakeLower());
-    return it == m_commands.end() ? CMD_NONE : it->second;
+    return LookupLowered(m_commands, word, m_lowerScratch, CMD_NONE);
 }
 
 KEYWORD_TYPE COrvoBasic::LookupKeyword(const CString& word) const {
-    m_lowerScratch.assign(word);
-    auto it = m_keywords.find(m_lowerScratch.MakeLower());
-    return it == m_keywords.end() ? KW_NONE : it->second;
+    return LookupLowered(m_keywords, word, m_lowerScratch, KW_NONE);
 }

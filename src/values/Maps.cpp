@@ -74,13 +74,26 @@ bool CMapDirectory::GetValues(const CString& name, CBasicVariable& out) const {
 
 // ---- the "map" statement and the built-ins -----------------------------------
 
+namespace {
+
 // True when the statement has nothing more on its line.
-static bool AtStatementEnd(COrvoBasic& b) {
+bool AtStatementEnd(COrvoBasic& b) {
     b.get_token();
     bool end = b.Command() == CMD_EOL || b.Command() == CMD_FINISHED || b.TokenType() == COMMENT;
     b.putback();
     return end;
 }
+
+// Arguments each map built-in takes, exactly.
+struct MapOpArity {
+    FUNCTION_TYPE type;
+    size_t args;
+};
+constexpr MapOpArity kMapArity[] = {
+    {FT_MAPSET, 3}, {FT_MAPGET, 2}, {FT_MAPHAS, 2}, {FT_MAPREMOVE, 2}, {FT_MAPGETKEYS, 1}, {FT_MAPGETVALUES, 1},
+};
+
+}  // namespace
 
 // "map create NAME" makes (or empties by replacing) a map, "map clear NAME"
 // empties one. Error 1 when no keyword follows "map" or the name is missing
@@ -104,19 +117,6 @@ bool COrvoBasic::ExecMap() {
         m_maps->Clear(name.GetStringValue());
     return true;
 }
-
-namespace {
-
-// Arguments each map built-in takes, exactly.
-struct MapOpArity {
-    FUNCTION_TYPE type;
-    size_t args;
-};
-constexpr MapOpArity kMapArity[] = {
-    {FT_MAPSET, 3}, {FT_MAPGET, 2}, {FT_MAPHAS, 2}, {FT_MAPREMOVE, 2}, {FT_MAPGETKEYS, 1}, {FT_MAPGETVALUES, 1},
-};
-
-}  // namespace
 
 // Runs one map built-in after checking its argument count (error 24). A map
 // that was never created is no error: "mapset" stores nothing, "mapget"

@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <functional>
 
 using iotest::ReadBytes;
 using iotest::TempDir;
@@ -34,12 +35,13 @@ public:
 // for the directory, so the script names its files by absolute path.
 class ScriptRun {
 public:
-    ScriptRun(const TempDir& dir, std::string script) {
+    ScriptRun(const TempDir& dir, std::string script, const std::function<void(COrvoBasic&)>& setup = {}) {
         for (size_t at = script.find('@'); at != std::string::npos; at = script.find('@', at))
             script.replace(at, 1, dir.Dir().string());
         WriteBytes(dir.Path("script.bas"), script);
         ob::ui::SetDesktop(&m_desktop);
         COrvoBasic interpreter;
+        if (setup) setup(interpreter);
         interpreter.ExecuteProgram(dir.WPath("script.bas"));
         ob::ui::SetDesktop(nullptr);
     }
@@ -200,4 +202,23 @@ TEST(IoScript, TheInterpreterClosesWhatTheScriptLeftOpen) {
     EXPECT_EQ(table[4], 1);                    // the count made it to the header
     EXPECT_EQ(table.substr(65), " ab\x1A");   // and the end mark after the record
     EXPECT_EQ(ReadBytes(dir.Path("open.txt")), "\xFF\xFE" + Utf16("z\r\n"));
+}
+
+TEST(IoScript, TheHostsPathResolverAppliesToTablesAndPatterns) {
+    TempDir dir;
+    ScriptRun run(dir,
+                  "dim f[3]\nf[0] = \"A\"\nf[1] = \"C\"\nf[2] = 1\n"
+                  "print dbfcreate(\"secret\", f)\n"
+                  "print dbfopen(\"secret\")\n"
+                  "n = findfiles(\"secret*\", 0)\n"
+                  "print dbfcreate(\"fine\", f)\n",
+                  [&dir](COrvoBasic& b) {
+                      b.SetPathResolver([&dir](CString& path) {
+                          path = CString::FromUtf8(dir.Dir().string() + "/") + path;
+                          return path.Find(u"secret") < 0;
+                      });
+                  });
+    EXPECT_EQ(run.Errors(), (std::vector<int> {47, 47, 47}));
+    EXPECT_EQ(run.Prints(), (std::vector<std::string> {"-1\n", "-1\n", "0\n"}));
+    EXPECT_TRUE(std::filesystem::exists(dir.Path("fine.dbf")));
 }

@@ -27,25 +27,6 @@ TEST(MapsTest, RecreatingAMapFreesItsContents) {
     EXPECT_EQ(maps.Count(), 1u);
 }
 
-TEST(MapsTest, StoredValuesAreIndependentCopies) {
-    CMapDirectory maps;
-    maps.Add(u"m");
-    CBasicVariable value;
-    value.SetArraySize(3);
-    value.SetValue(4.0, 2);
-    ASSERT_TRUE(maps.Store(u"m", u"a", value));
-    value.SetValue(9.0, 2);
-    CBasicVariable out;
-    ASSERT_TRUE(maps.Get(u"m", u"a", out));
-    ASSERT_EQ(out.GetNumItems(), 3);
-    EXPECT_EQ(out.GetItem(2).GetDoubleValue(), 4.0);
-    // without the map nothing is stored and the output is untouched
-    CBasicVariable untouched(1);
-    EXPECT_FALSE(maps.Store(u"none", u"a", value));
-    EXPECT_FALSE(maps.Get(u"none", u"a", untouched));
-    EXPECT_EQ(untouched.GetStringValue().ToUtf8(), "1");
-}
-
 TEST(MapsTest, HundredThousandKeys) {
     CMapDirectory maps;
     maps.Add(u"big");

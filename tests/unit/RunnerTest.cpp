@@ -67,6 +67,25 @@ std::string ReadFile(const std::string& path) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
+// Stderr without the sanitizer's own warnings (a sanitizer build notes, for
+// instance, that it cannot follow the interpreter's stack switches); an actual
+// sanitizer report is a test failure.
+std::string WithoutSanitizerNotices(const std::string& err) {
+    EXPECT_EQ(err.find("==ERROR: "), std::string::npos) << err;
+    EXPECT_EQ(err.find(": runtime error: "), std::string::npos) << err;
+    std::string out;
+    size_t start = 0;
+    while (start < err.size()) {
+        size_t end = err.find('\n', start);
+        end = end == std::string::npos ? err.size() : end + 1;
+        std::string line = err.substr(start, end - start);
+        bool notice = line.rfind("==", 0) == 0 && line.find("==WARNING: ") != std::string::npos;
+        if (!notice) out += line;
+        start = end;
+    }
+    return out;
+}
+
 // Starts the runner in `dir` with `args`, stdin from `input` (nothing: /dev/null),
 // and waits for it at most the time limit (then it is killed).
 Outcome RunRunner(const WorkDir& dir, const std::vector<std::string>& args, const std::string& input = "") {
@@ -105,7 +124,7 @@ Outcome RunRunner(const WorkDir& dir, const std::vector<std::string>& args, cons
     }
     outcome.status = WIFEXITED(wstatus) ? WEXITSTATUS(wstatus) : -1;
     outcome.out = ReadFile(outPath);
-    outcome.err = ReadFile(errPath);
+    outcome.err = WithoutSanitizerNotices(ReadFile(errPath));
     return outcome;
 }
 

@@ -1,12 +1,17 @@
 // CVarBase (one tagged value) and CBasicVariable (an array of values with a
 // current index): conversions, ownership of objects, sizing and positioning.
 #include <orvobasic/CBasicVariable.h>
+#include <orvobasic/COrvoBasic.h>
 #include <orvobasic/CVarBase.h>
+#include <orvobasic/desktop.h>
+
+#include "ui/headless/HeadlessDesktop.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+#include <memory>
 
 namespace {
 
@@ -347,6 +352,81 @@ TEST(CBasicVariable, IncrementFollowsTheElement) {
     EXPECT_FALSE(s.Increment());
     ++v;
     EXPECT_EQ(v.GetNumberValue(), 3.5);
+}
+
+// An interpreter whose handler "hook" counts the change events it receives
+// in the global N.
+class ChangeHookTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ob::ui::SetDesktop(&m_desktop);
+        m_basic = std::make_unique<COrvoBasic>();
+        m_basic->SetProgramText(u"end\nfunction hook(v)\n  N = N + 1\nendfunction\n");
+        m_basic->LabelsScan();
+        m_basic->SetVariableDirect(u"N", CBasicVariable(0.0), 0, true);
+        m_basic->EventAdd(u"changed", u"hook");
+    }
+    void TearDown() override {
+        m_basic.reset();
+        ob::ui::SetDesktop(nullptr);
+    }
+
+    // Events counted since the last call.
+    int Events() {
+        CString name = u"N";
+        CBasicVariable* n = m_basic->FindVariable(name);
+        int count = n ? static_cast<int>(n->GetNumberValue()) : -1;
+        if (n) n->SetValue(0.0);
+        return count;
+    }
+
+    ob::ui::HeadlessDesktop m_desktop;
+    std::unique_ptr<COrvoBasic> m_basic;
+};
+
+// Every write raises the event once; positioning and naming raise none.
+TEST_F(ChangeHookTest, EachWriteRaisesOneEvent) {
+    CBasicVariable v;
+    v.SetChangeEvent(m_basic.get(), u"changed");
+    v.SetValue(1.0);
+    EXPECT_EQ(Events(), 1);
+    v.SetValue(CString(u"a"), 0);
+    EXPECT_EQ(Events(), 1);
+    v.AddItem(2);
+    EXPECT_EQ(Events(), 1);
+    v.AddItem();
+    EXPECT_EQ(Events(), 1);
+    v.Redim(2);
+    EXPECT_EQ(Events(), 1);
+    v.Set(CBasicVariable(3.0));
+    EXPECT_EQ(Events(), 1);
+    EXPECT_TRUE(v.Increment());
+    EXPECT_EQ(Events(), 1);
+    v.GetStringBuffer(4);
+    v.ReleaseStringBuffer();
+    EXPECT_EQ(Events(), 1);
+    EXPECT_FALSE(v.Increment());   // now a string: no change, no event
+    v.SetCurIndex(0);
+    v.SetFieldName(u"f");
+    v.SetCurField(u"f");
+    EXPECT_EQ(Events(), 0);
+    v.RemoveChangeEvent();
+    v.SetValue(5.0);
+    EXPECT_EQ(Events(), 0);
+    EXPECT_TRUE(m_desktop.Boxes().empty());
+}
+
+TEST_F(ChangeHookTest, CopiesDoNotTakeTheHook) {
+    CBasicVariable watched;
+    watched.SetChangeEvent(m_basic.get(), u"changed");
+    CBasicVariable copy;
+    copy.Set(watched);
+    EXPECT_FALSE(copy.HasChangeEvent());
+    CBasicVariable constructed(watched);
+    EXPECT_FALSE(constructed.HasChangeEvent());
+    copy.SetValue(1.0);
+    constructed.SetValue(1.0);
+    EXPECT_EQ(Events(), 0);
 }
 
 }  // namespace
