@@ -5,7 +5,7 @@
 set -euo pipefail
 
 # Every system package the build, the tests and the tools need. Add new ones here.
-PACKAGES="g++ make cmake ninja-build libgtest-dev libgmock-dev pkg-config python3 libffi-dev python3-dbfread"
+PACKAGES="g++ make cmake ninja-build libgtest-dev libgmock-dev pkg-config python3 libffi-dev python3-dbfread locales"
 
 # Prints the packages of $PACKAGES that dpkg does not report as installed.
 missing_packages() {
@@ -30,11 +30,21 @@ as_root() {
   fi
 }
 
+# A German locale lets the tests check that number formatting ignores the
+# user's LC_NUMERIC; generated once, only when missing.
+ensure_test_locale() {
+  if ! locale -a 2>/dev/null | grep -qi '^de_DE\.utf-\?8$'; then
+    echo "install-deps: generating the de_DE.UTF-8 locale for the tests"
+    as_root localedef -i de_DE -f UTF-8 de_DE.UTF-8 || echo "install-deps: could not generate de_DE.UTF-8 (the locale test will skip)"
+  fi
+}
+
 main() {
   local missing
   missing=$(missing_packages | tr '\n' ' ')
   missing=${missing% }
   if [[ -z "$missing" ]]; then
+    ensure_test_locale
     echo "install-deps: all packages already installed, nothing to do."
     return 0
   fi
@@ -44,6 +54,7 @@ main() {
   # shellcheck disable=SC2086  # the list is meant to split into words
   as_root env DEBIAN_FRONTEND=noninteractive \
     apt-get install -y -qq --no-install-recommends $missing
+  ensure_test_locale
   echo "install-deps: done."
 }
 

@@ -7,13 +7,14 @@
 #pragma once
 
 #include <orvobasic/CVarArray.h>
+#include <orvobasic/export.h>
 #include <orvobasic/CVarBase.h>
 
 #include <vector>
 
 class COrvoBasic;
 
-class [[gnu::visibility("default")]] CBasicVariable {
+class OB_API CBasicVariable {
 public:
     CBasicVariable() { Init(); }
     CBasicVariable(const CString& v) { Init(); m_items[0].SetValue(v); }

@@ -11,6 +11,7 @@
 
 #include <orvobasic/CBasicVariable.h>
 #include <orvobasic/CString.h>
+#include <orvobasic/export.h>
 #include <orvobasic/hostcontrol.h>
 
 #include <atomic>
@@ -157,7 +158,7 @@ struct CFuncDesc {
     bool isSub = false;
 };
 
-class [[gnu::visibility("default")]] COrvoBasic {
+class OB_API COrvoBasic {
 public:
     COrvoBasic();
     virtual ~COrvoBasic();

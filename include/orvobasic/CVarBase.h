@@ -8,13 +8,14 @@
 #pragma once
 
 #include <orvobasic/CString.h>
+#include <orvobasic/export.h>
 #include <orvobasic/automation.h>
 
 #include <cstdint>
 
 enum BASICVARTYPE { BVT_UNSET = 0, BVT_NUMBER = 1, BVT_STRING = 2, BVT_OBJECT = 3 };
 
-class [[gnu::visibility("default")]] CVarBase {
+class OB_API CVarBase {
 public:
     CVarBase() = default;
     CVarBase(const char16_t* text);

@@ -10,6 +10,9 @@
 #include <orvobasic/export.h>
 
 #include <stdint.h>
+#ifndef __cplusplus
+#include <uchar.h> /* char16_t for C hosts */
+#endif
 
 #ifdef __cplusplus
 extern "C" {

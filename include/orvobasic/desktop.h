@@ -7,6 +7,7 @@
 
 #include <orvobasic/CString.h>
 #include <orvobasic/export.h>
+#include <orvobasic/hostcontrol.h>
 
 #include <memory>
 
@@ -32,6 +33,9 @@ struct ErrorReport {
     CString script;          // the script path as the host gave it
     int line = 0;            // 1-based line where the failing statement began
     CString sourceLine;      // that line's text, without its line end
+    // The full record (column, the chain of user-function calls), valid
+    // during the call; null when the reporter has none.
+    const ob::ErrorRecord* record = nullptr;
 };
 
 class OB_API Desktop {

@@ -86,5 +86,6 @@ void COrvoBasic::ReportError(int id) {
     report.script = m_scriptPath;
     report.line = m_lastErrorRecord.line;
     report.sourceLine = m_lastErrorRecord.sourceLine;
+    report.record = &m_lastErrorRecord;
     if (desktop.ErrorBox(report) == ui::IDCANCEL) throw ScriptAbort{};
 }

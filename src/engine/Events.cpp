@@ -164,7 +164,7 @@ bool COrvoBasic::ExecWatch() {
     if (get_token() != KEYWORD) error = 1;
     else keyword = m_keyword;
     if (!error && get_token() != VARIABLE) error = 1;
-    else variable = m_token;
+    if (!error) variable = m_token;
     if (!error && keyword == KW_CREATE && !ReadSecondName(*this, event)) error = 1;
     CBasicVariable* target = error ? nullptr : FindVariable(variable);
     if (!error && !target) error = 37;

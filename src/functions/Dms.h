@@ -11,11 +11,9 @@
 #pragma once
 
 #include <orvobasic/export.h>
+#include <orvobasic/geometry.h>
 
 namespace ob {
-
-// Converter signature: one angle in, one angle out.
-using DmsConverter = double (*)(double);
 
 // Radians to packed degrees-minutes-seconds, through the current converter.
 double SignedRadToDms(double radians);
@@ -27,9 +25,8 @@ double SignedDmsToRad(double packed);
 double BuiltinRadToDms(double radians);
 double BuiltinDmsToRad(double packed);
 
-// Installs the host's converters, process-wide; nullptr for either restores
-// the built-in one. Safe to call from any thread, but a script that is running
-// meanwhile may see the old converter for the call in progress.
-OB_API void SetDmsConverters(DmsConverter radToDms, DmsConverter dmsToRad);
+// SetDmsConverters (public, orvobasic/geometry.h) installs the host's
+// converters; a script running meanwhile may see the old one for the call in
+// progress.
 
 }  // namespace ob

@@ -124,6 +124,7 @@ BASIC_TOKEN_TYPE COrvoBasic::ClassifyIdentifier() {
     if (dot >= 0) {
         m_memberName = m_token.Mid(dot + 1);
         CBasicVariable probe;
+        m_pendingIndex = 0;   // a subscript read earlier must not select this field's element
         return FindStructVariable(m_token.Left(dot), m_memberName, probe, false) ? STRUCT_MEMBER
                                                                                   : UNKNOWN_MEMBER;
     }

@@ -106,9 +106,9 @@ int ParseOption(int argc, char** argv, int& i, Options& options) {
         return -1;
     }
     if (std::strcmp(arg, "--event") == 0 || std::strncmp(arg, "--event=", 8) == 0) {
-        std::string spec = arg[7] == '=' ? arg + 8 : (i + 1 < argc ? argv[++i] : "");
-        if (spec.empty() || spec[0] == ',') return UsageError("--event needs NAME[,ARG...]");
-        options.events.push_back(spec);
+        std::string eventText = arg[7] == '=' ? arg + 8 : (i + 1 < argc ? argv[++i] : "");
+        if (eventText.empty() || eventText[0] == ',') return UsageError("--event needs NAME[,ARG...]");
+        options.events.push_back(eventText);
         return -1;
     }
     if (std::strncmp(arg, "--resident-timeout=", 19) == 0) {
@@ -184,12 +184,12 @@ VARIANT ToVariant(const std::string& text) {
 }
 
 // Sends "NAME[,ARG...]" to every live script.
-void SendCommandLineEvent(const std::string& spec) {
+void SendCommandLineEvent(const std::string& eventText) {
     std::vector<std::string> parts;
     size_t start = 0;
-    for (size_t comma; (comma = spec.find(',', start)) != std::string::npos; start = comma + 1)
-        parts.push_back(spec.substr(start, comma - start));
-    parts.push_back(spec.substr(start));
+    for (size_t comma; (comma = eventText.find(',', start)) != std::string::npos; start = comma + 1)
+        parts.push_back(eventText.substr(start, comma - start));
+    parts.push_back(eventText.substr(start));
     std::vector<VARIANT> args;
     for (size_t i = 1; i < parts.size(); ++i) args.push_back(ToVariant(parts[i]));
     OB_SendEventUtf8(nullptr, parts[0].c_str(), args.data(), static_cast<int32_t>(args.size()));

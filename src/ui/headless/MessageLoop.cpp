@@ -15,6 +15,7 @@ namespace {
 constexpr uint64_t kNever = UINT64_MAX;
 // The shortest interval a timer runs at; 0 and smaller values are raised to it.
 constexpr unsigned kMinInterval = 10;
+constexpr int kNoWakeFdSlice = 100;
 }  // namespace
 
 MessageLoop::MessageLoop() { m_wakeFd = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC); }
@@ -79,6 +80,8 @@ uint64_t MessageLoop::NextDue() const {
 void MessageLoop::Wait(uint64_t now, uint64_t until) {
     int timeout = -1;
     if (until != kNever) timeout = static_cast<int>(std::min<uint64_t>(until - now, INT_MAX));
+    // Without a wake-up descriptor Quit() is only seen by looking again.
+    if (m_wakeFd < 0 && (timeout < 0 || timeout > kNoWakeFdSlice)) timeout = kNoWakeFdSlice;
     pollfd fd{m_wakeFd, POLLIN, 0};
     if (poll(&fd, m_wakeFd >= 0 ? 1 : 0, timeout) > 0) {
         uint64_t drained;
