@@ -453,6 +453,13 @@ private:
     void ForgetTextCaches();
     std::unordered_map<uint32_t, IdentInfo> m_identCache;
     std::unordered_map<uint32_t, double> m_numberCache;
+    struct PairEnd {
+        uint32_t position;
+        ob::BASIC_TOKEN_TYPE tokenType;
+        ob::COMMAND_TYPE command;
+        CString token;
+    };
+    std::unordered_map<uint64_t, PairEnd> m_pairCache;   // FindLastPair answers by start
     std::unordered_map<uint32_t, VarCacheEntry> m_varCache;
     uint64_t m_varGeneration = 1;     // bumped whenever a variable is created or deleted
     std::vector<CString> m_levelSuffixes;

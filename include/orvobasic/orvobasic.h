@@ -5,10 +5,15 @@
  * named events with OB_SendEvent, runs the message loop so that its timers
  * tick (OB_RunMessageLoop), and releases it with OB_FreeScript.
  *
+ * A host that wants to control the run (stop it, bound it, sandbox it, watch
+ * it: "host control" below) creates the interpreter first with
+ * OB_CreateScript, sets what it wants, then runs it with OB_RunScript.
+ *
  * Threads: every function here, and every script handler, timer tick and
  * host function they lead to, runs on the thread that calls it. Call the
- * library from one thread only (the "host thread"); the one exception is
- * OB_QuitMessageLoop, which may be called from any thread or a signal handler.
+ * library from one thread only (the "host thread"); the exceptions are
+ * OB_QuitMessageLoop and OB_RequestStop, which may be called from any thread
+ * or a signal handler.
  *
  * Strings: the plain functions take UTF-16 text (char16_t, zero-terminated);
  * the ...Utf8 twins take UTF-8. Error texts and values are never NULL-only:
@@ -28,6 +33,7 @@
 #include <stdint.h>
 
 #include <orvobasic/automation.h>
+#include <orvobasic/hostcontrol.h>
 
 #ifdef __cplusplus
 class COrvoBasic;
@@ -129,6 +135,129 @@ OB_API int32_t OB_RunMessageLoop(int32_t timeoutMs);
 /* Makes the running message loop return (the next one to start, when none
  * runs). Safe to call from any thread and from a signal handler. */
 OB_API void OB_QuitMessageLoop(void);
+
+/* ---- host control ------------------------------------------------------
+ * Result codes (OB_OK, OB_E_*), message numbers (OB_ERR_*), capability bits
+ * (OB_CAP_*) and OB_CONTINUE / OB_ABORT are those of hostcontrol.h. A host
+ * that uses none of this gets the behaviour scripts have always had. */
+
+/* Creates an interpreter that has not run yet, for the setters below and
+ * OB_RunScript. Returns NULL only when it could not be created. Free it with
+ * OB_FreeScript. */
+OB_API OB_HANDLE OB_CreateScript(void);
+
+/* Loads the script file `path` into `script` (made by OB_CreateScript) and
+ * runs it to the end of its main program, as OB_ExecuteScriptFile does.
+ * Returns 1 when the file was loaded and run (errors in the script do not
+ * change that; see OB_GetRunResult), 0 when it could not be loaded (error 17
+ * is then reported), when `script` is not a live handle, or when `script`
+ * is already running (a call from one of its own callbacks). The handle
+ * stays valid in every case and is freed with OB_FreeScript; when it
+ * executed "stayresident" (OB_IsResident) it keeps serving events.
+ * Running a handle again runs the file anew in the same interpreter: the
+ * host's settings stay, budgets count again from the start. */
+OB_API int32_t OB_RunScript(OB_HANDLE script, const char16_t* path);
+OB_API int32_t OB_RunScriptUtf8(OB_HANDLE script, const char* path);
+
+/* Asks the script to stop at its next statement: the run (or the event
+ * handler now running) ends as an abort does, with error OB_ERR_STOPPED
+ * reported and OB_GetRunResult giving OB_E_STOPPED. Safe from any thread and
+ * from a signal handler: it only sets an atomic flag. `script` must be live
+ * (not yet freed); NULL is ignored. A request made while nothing runs stops
+ * the next run or handler at its first statement. */
+OB_API void OB_RequestStop(OB_HANDLE script);
+
+/* Sets the script's budgets; 0 means unlimited for each:
+ *   maxSteps   statements executed             -> OB_E_STEP_LIMIT (error 102)
+ *   timeoutMs  wall clock, in milliseconds     -> OB_E_TIMEOUT    (error 103)
+ *   maxDepth   nested user-function calls      -> OB_E_DEPTH      (error 104)
+ *   maxCells   variables plus array elements   -> OB_E_MEMORY     (error 105)
+ * Exhausting one ends the run: the error is reported (to the error handler
+ * or the desktop) and OB_GetRunResult gives the code. Set them before
+ * OB_RunScript, where they count from the start of the run, or during the
+ * run from the host thread (in a callback), where they take effect at once
+ * and count from then. Does nothing for a handle that is not live. */
+OB_API void OB_SetBudgets(OB_HANDLE script, uint64_t maxSteps, uint64_t timeoutMs, int32_t maxDepth,
+                          uint64_t maxCells);
+
+/* How the script's last run ended: OB_OK, or the OB_E_* code of the stop
+ * or budget that ended it. OB_OK also for a handle that is not live. */
+OB_API int32_t OB_GetRunResult(OB_HANDLE script);
+
+/* One user-function call that was active when an error was reported. */
+typedef struct OB_CallInfo {
+    const char* function; /* the name as called, UTF-8 */
+    int32_t line;         /* 1-based line of the statement that made the call */
+} OB_CallInfo;
+
+/* A reported error. The strings are UTF-8 and never NULL ("" when empty).
+ * Lifetime: in an error handler, valid during the call; from
+ * OB_GetLastErrorInfo, until the next OB_GetLastErrorInfo or OB_RunScript
+ * for the same script, or OB_FreeScript. Copy what you keep. */
+typedef struct OB_ErrorInfo {
+    int32_t id;               /* message number (1..59, OB_ERR_*); 0 when its text is missing */
+    const char* message;      /* message text alone */
+    const char* script;       /* script path as the host gave it */
+    int32_t line;             /* 1-based line where the failing statement began; 0 before loading */
+    int32_t column;           /* 1-based column of that statement's first character; 0 when line is 0 */
+    const char* sourceLine;   /* that line's text without its line end */
+    int32_t runResult;        /* OB_E_* when this report ends the run (OB_ERR_* ids), else OB_OK */
+    int32_t callCount;        /* entries in `calls`; 0 in the main program */
+    const OB_CallInfo* calls; /* the active calls, outermost first; NULL when callCount is 0 */
+} OB_ErrorInfo;
+
+/* Called on the host thread for every error the script reports, instead of
+ * the desktop's error box. Return OB_CONTINUE to go on with the next
+ * statement, OB_ABORT to end the run (any other value counts as continue;
+ * a report that ends the run, runResult != OB_OK, ends it either way). The
+ * callback may read the script's state through this API but must not free
+ * or run it. */
+typedef int32_t (*OB_ErrorHandler)(OB_HANDLE script, const OB_ErrorInfo* error, void* userData);
+
+/* Sets the script's error handler; NULL restores the desktop's error box.
+ * `userData` is passed to every call. Does nothing for a handle that is not
+ * live. */
+OB_API void OB_SetErrorHandler(OB_HANDLE script, OB_ErrorHandler handler, void* userData);
+
+/* The last error the script reported, into `*info` (see OB_ErrorInfo for how
+ * long its strings live). Returns 1 when there was one, 0 (and leaves `info`
+ * untouched) when the script reported none, the handle is not live, or
+ * `info` is NULL. */
+OB_API int32_t OB_GetLastErrorInfo(OB_HANDLE script, OB_ErrorInfo* info);
+
+/* What the script may reach outside the process: OB_CAP_* bits of what is
+ * allowed (OB_CAP_ALL, the default; OB_CAP_NONE for a full sandbox). A
+ * denied statement reports error 40, a denied function error 21; neither
+ * does anything else. Takes effect at once. Unknown bits are ignored. */
+OB_API void OB_SetCapabilities(OB_HANDLE script, uint32_t allowed);
+
+/* The size of the buffer a path resolver receives, at least. */
+#define OB_PATH_BUFFER_SIZE 4096
+
+/* Called on the host thread with every path the script opens (UTF-8), before
+ * it is used. `buffer` (`size` >= OB_PATH_BUFFER_SIZE bytes) arrives holding
+ * the same path: leave it to keep the path, or write a zero-terminated
+ * replacement. Return nonzero to go on with the path in `buffer`, 0 to
+ * refuse it: the script then gets error 47 and nothing is opened. A buffer
+ * left without its terminating zero counts as a refusal. */
+typedef int32_t (*OB_PathResolver)(OB_HANDLE script, const char* path, char* buffer, int32_t size,
+                                   void* userData);
+
+/* Sets the script's path resolver; NULL removes it (paths are used as
+ * given). Does nothing for a handle that is not live. */
+OB_API void OB_SetPathResolver(OB_HANDLE script, OB_PathResolver resolver, void* userData);
+
+/* Called on the host thread before each statement the script executes, with
+ * the script path (UTF-8, valid during the call), the statement's 1-based
+ * line and the scope level (1 in the main program, +1 per user-function
+ * call). Return OB_CONTINUE to execute it, OB_ABORT to stop the run as
+ * OB_RequestStop does. The hook must not free or run the script. */
+typedef int32_t (*OB_LineHook)(OB_HANDLE script, const char* path, int32_t line, int32_t level,
+                               void* userData);
+
+/* Sets the script's line hook; NULL removes it (and its cost). Does nothing
+ * for a handle that is not live. */
+OB_API void OB_SetLineHook(OB_HANDLE script, OB_LineHook hook, void* userData);
 
 #ifdef __cplusplus
 }

@@ -95,6 +95,7 @@ void COrvoBasic::ForgetTextCaches() {
     m_identCache.clear();
     m_numberCache.clear();
     m_varCache.clear();
+    m_pairCache.clear();
 }
 
 void COrvoBasic::SetProgramText(const CString& text) {

@@ -60,15 +60,32 @@ bool COrvoBasic::ExecGoto() {
 }
 
 // Skips forward to the end of a block; returns the command that stopped it.
+// Where a block ends depends on the text alone, so the answer for a start
+// position is remembered and a loop that skips the same block again jumps.
 COMMAND_TYPE COrvoBasic::FindLastPair(COMMAND_TYPE open, COMMAND_TYPE close, COMMAND_TYPE stop) {
+    uint64_t key = (uint64_t{m_pos} << 18) | (uint64_t(open) << 12) | (uint64_t(close) << 6) | uint64_t(stop);
+    auto cached = m_pairCache.find(key);
+    if (cached != m_pairCache.end()) {
+        const PairEnd& end = cached->second;
+        m_pos = end.position;
+        m_prevTokenType = m_tokenType;
+        m_tokenType = end.tokenType;
+        m_command = end.command;
+        m_keyword = KW_NONE;
+        m_token = end.token;
+        return m_command;
+    }
     int depth = 1;
     for (;;) {
         uint32_t before = m_pos;
         if (get_token() == TOKEN_NONE && m_pos == before) NextChar();
         if (m_command == open) ++depth;
         if (m_command == close) --depth;
-        if (stop != CMD_NONE && depth == 1 && m_command == stop) return m_command;
-        if (m_command == CMD_FINISHED || m_command == CMD_ENDSUB || depth == 0) return m_command;
+        if ((stop != CMD_NONE && depth == 1 && m_command == stop) || m_command == CMD_FINISHED ||
+            m_command == CMD_ENDSUB || depth == 0) {
+            m_pairCache.emplace(key, PairEnd{m_pos, m_tokenType, m_command, m_token});
+            return m_command;
+        }
     }
 }
 

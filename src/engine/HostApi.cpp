@@ -1,5 +1,7 @@
 // The C host API: running, freeing and signalling scripts, host functions
-// written in C, and the message loop. No exception leaves these functions.
+// written in C, the message loop, and host control (stop, budgets, error
+// records, capabilities, path resolver, line hook). No exception leaves
+// these functions.
 #include <orvobasic/orvobasic.h>
 
 #include <orvobasic/COrvoBasic.h>
@@ -9,7 +11,9 @@
 #include "engine/Registry.h"
 #include "platform/NumberFormat.h"
 
+#include <algorithm>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -157,6 +161,114 @@ CString LastErrorOf(OB_HANDLE script) {
     return COrvoBasic::IsValidInterpreter(script) ? script->GetLastError() : CString();
 }
 
+// ---- host control ----
+
+// An error record in the C form, with the UTF-8 strings its pointers refer
+// to. Not copyable: the pointers point into this object.
+class ErrorInfoStore {
+public:
+    explicit ErrorInfoStore(const ob::ErrorRecord& r)
+        : m_message(r.message.ToUtf8()), m_script(r.script.ToUtf8()), m_sourceLine(r.sourceLine.ToUtf8()) {
+        for (const ob::CallFrame& frame : r.calls) m_names.push_back(frame.function.ToUtf8());
+        for (size_t i = 0; i < r.calls.size(); ++i) m_calls.push_back({m_names[i].c_str(), r.calls[i].line});
+        m_info = {r.id, m_message.c_str(), m_script.c_str(), r.line, r.column, m_sourceLine.c_str(),
+                  r.runResult, static_cast<int32_t>(m_calls.size()), m_calls.empty() ? nullptr : m_calls.data()};
+    }
+    ErrorInfoStore(const ErrorInfoStore&) = delete;
+    ErrorInfoStore& operator=(const ErrorInfoStore&) = delete;
+
+    const OB_ErrorInfo& Info() const { return m_info; }
+
+private:
+    std::string m_message, m_script, m_sourceLine;
+    std::vector<std::string> m_names;
+    std::vector<OB_CallInfo> m_calls;
+    OB_ErrorInfo m_info{};
+};
+
+// The records handed out by OB_GetLastErrorInfo, kept until the script's next
+// request, run or free.
+std::map<OB_HANDLE, std::unique_ptr<ErrorInfoStore>>& LastErrorInfos() {
+    static std::map<OB_HANDLE, std::unique_ptr<ErrorInfoStore>> infos;
+    return infos;
+}
+
+// Scripts inside OB_RunScript: they may be neither run again nor freed.
+std::vector<OB_HANDLE>& RunningScripts() {
+    static std::vector<OB_HANDLE> running;
+    return running;
+}
+
+bool IsRunning(OB_HANDLE script) {
+    const auto& running = RunningScripts();
+    return std::find(running.begin(), running.end(), script) != running.end();
+}
+
+// Runs a created script; see OB_RunScript.
+int32_t RunScript(OB_HANDLE script, const CString& path) {
+    if (!COrvoBasic::IsValidInterpreter(script) || IsRunning(script)) return 0;
+    LastErrorInfos().erase(script);
+    RunningScripts().push_back(script);
+    bool loaded = false;
+    try {
+        loaded = script->ExecuteProgram(path);
+    } catch (...) {
+    }
+    auto& running = RunningScripts();
+    running.erase(std::find(running.begin(), running.end(), script));
+    return loaded ? 1 : 0;
+}
+
+// A C error handler behind the engine's C++ one.
+COrvoBasic::ErrorHandler WrapErrorHandler(OB_HANDLE script, OB_ErrorHandler handler, void* userData) {
+    if (!handler) return nullptr;
+    return [script, handler, userData](const ob::ErrorRecord& record) {
+        ErrorInfoStore store(record);
+        return handler(script, &store.Info(), userData) == OB_ABORT ? OB_ABORT : OB_CONTINUE;
+    };
+}
+
+// A C path resolver behind the engine's C++ one: the path travels as UTF-8
+// through a buffer the callback may overwrite; an unterminated buffer refuses.
+COrvoBasic::PathResolver WrapPathResolver(OB_HANDLE script, OB_PathResolver resolver, void* userData) {
+    if (!resolver) return nullptr;
+    return [script, resolver, userData](CString& path) {
+        std::string original = path.ToUtf8();
+        std::vector<char> buffer(std::max<size_t>(OB_PATH_BUFFER_SIZE, original.size() + 1), '\0');
+        std::memcpy(buffer.data(), original.c_str(), original.size() + 1);
+        int32_t size = static_cast<int32_t>(buffer.size());
+        if (!resolver(script, original.c_str(), buffer.data(), size, userData)) return false;
+        if (!std::memchr(buffer.data(), 0, buffer.size())) return false;
+        path = CString::FromUtf8(buffer.data());
+        return true;
+    };
+}
+
+// A C line hook behind the engine's C++ one. The script path's UTF-8 form is
+// made once and kept while the path stays the same.
+COrvoBasic::LineHook WrapLineHook(OB_HANDLE script, OB_LineHook hook, void* userData) {
+    if (!hook) return nullptr;
+    return [script, hook, userData, path = CString(), utf8 = std::string()](
+               const CString& scriptPath, int line, unsigned level) mutable {
+        if (utf8.empty() || path != scriptPath) {
+            path = scriptPath;
+            utf8 = scriptPath.ToUtf8();
+        }
+        int32_t answer = hook(script, utf8.c_str(), line, static_cast<int32_t>(level), userData);
+        return answer == OB_ABORT ? OB_ABORT : OB_CONTINUE;
+    };
+}
+
+// Runs `set` on a live script; exceptions (allocation) are swallowed.
+template <typename Setter>
+void WithLiveScript(OB_HANDLE script, Setter set) {
+    if (!COrvoBasic::IsValidInterpreter(script)) return;
+    try {
+        set(*script);
+    } catch (...) {
+    }
+}
+
 }  // namespace
 
 extern "C" {
@@ -178,8 +290,9 @@ OB_HANDLE OB_ExecuteScriptFileUtf8(const char* path, int32_t* resident) {
 }
 
 void OB_FreeScript(OB_HANDLE script) {
-    if (!COrvoBasic::IsValidInterpreter(script)) return;
+    if (!COrvoBasic::IsValidInterpreter(script) || IsRunning(script)) return;
     try {
+        LastErrorInfos().erase(script);
         delete script;
     } catch (...) {
     }
@@ -248,5 +361,75 @@ int32_t OB_RunMessageLoop(int32_t timeoutMs) {
 }
 
 void OB_QuitMessageLoop(void) { ob::ui::GetDesktop().QuitMessageLoop(); }
+
+OB_HANDLE OB_CreateScript(void) {
+    try {
+        return new COrvoBasic();
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+int32_t OB_RunScript(OB_HANDLE script, const char16_t* path) {
+    try {
+        return RunScript(script, FromUtf16(path));
+    } catch (...) {
+        return 0;
+    }
+}
+
+int32_t OB_RunScriptUtf8(OB_HANDLE script, const char* path) {
+    try {
+        return RunScript(script, FromUtf8(path));
+    } catch (...) {
+        return 0;
+    }
+}
+
+// No look-up in the registry here: that is not safe from a signal handler.
+void OB_RequestStop(OB_HANDLE script) {
+    if (script) script->RequestStop();
+}
+
+void OB_SetBudgets(OB_HANDLE script, uint64_t maxSteps, uint64_t timeoutMs, int32_t maxDepth, uint64_t maxCells) {
+    ob::Budgets budgets;
+    budgets.maxSteps = maxSteps;
+    budgets.timeoutMs = timeoutMs;
+    budgets.maxDepth = std::max(maxDepth, 0);
+    budgets.maxCells = maxCells;
+    WithLiveScript(script, [&](COrvoBasic& s) { s.SetBudgets(budgets); });
+}
+
+int32_t OB_GetRunResult(OB_HANDLE script) {
+    return COrvoBasic::IsValidInterpreter(script) ? script->GetRunResult() : OB_OK;
+}
+
+void OB_SetErrorHandler(OB_HANDLE script, OB_ErrorHandler handler, void* userData) {
+    WithLiveScript(script, [&](COrvoBasic& s) { s.SetErrorHandler(WrapErrorHandler(script, handler, userData)); });
+}
+
+int32_t OB_GetLastErrorInfo(OB_HANDLE script, OB_ErrorInfo* info) {
+    if (!info || !COrvoBasic::IsValidInterpreter(script) || script->GetLastError().IsEmpty()) return 0;
+    try {
+        auto& slot = LastErrorInfos()[script];
+        slot = std::make_unique<ErrorInfoStore>(script->GetLastErrorRecord());
+        *info = slot->Info();
+        return 1;
+    } catch (...) {
+        return 0;
+    }
+}
+
+void OB_SetCapabilities(OB_HANDLE script, uint32_t allowed) {
+    WithLiveScript(script, [&](COrvoBasic& s) { s.SetCapabilities(allowed & OB_CAP_ALL); });
+}
+
+void OB_SetPathResolver(OB_HANDLE script, OB_PathResolver resolver, void* userData) {
+    WithLiveScript(script, [&](COrvoBasic& s) { s.SetPathResolver(WrapPathResolver(script, resolver, userData)); });
+}
+
+void OB_SetLineHook(OB_HANDLE script, OB_LineHook hook, void* userData) {
+    WithLiveScript(script, [&](COrvoBasic& s) { s.SetLineHook(WrapLineHook(script, hook, userData)); });
+}
 
 }  // extern "C"
