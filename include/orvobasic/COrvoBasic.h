@@ -239,6 +239,10 @@ public:
     // returning OB_ABORT stops the run as RequestStop does.
     using LineHook = std::function<int(const CString& script, int line, unsigned level)>;
     void SetLineHook(LineHook hook);
+    // Gives a script started by "run" the capabilities, budgets, resolver,
+    // hooks and error handler of `parent`, and makes it stop when `parent`
+    // is asked to stop. `parent` must outlive this interpreter.
+    void InheritHostControl(const COrvoBasic& parent);
 
     // Scope level: 1 in the main program, +1 per user-function call.
     unsigned GetScopeLevel() const { return m_scopeLevel; }
@@ -391,6 +395,9 @@ public:
     const CString& CurrentFunctionName() const { return m_curFuncName; }
     int PendingIndex() const { return m_pendingIndex; }
     void SetStop() { m_stop = true; }
+    // True once a stop request or a budget has ended the run: statements
+    // that are still completing must have no further effect.
+    bool IsHalted() const { return m_halted; }
     void SetResident() { m_resident = true; }
     size_t ArgBufferCount() const { return m_argBuffers; }
     void SetArgBufferCount(size_t n) { m_argBuffers = n; }
@@ -420,12 +427,16 @@ private:
                          int index, const CBasicVariable& value);
     bool DimOne(bool global, bool& done);
     bool RunFunctionBody();
+    struct CallScope;
+    bool ExecScriptFunction(const CFuncDesc& desc, const CString& name, CBasicVariable& result, CArgArray& args,
+                            bool isCall);
     void PerformReturn();
     bool BindParameters(CArgArray& args);
     void FreeScriptFunctionDescs();
     bool ExpressionTooDeep();
     void HostChecks();
-    [[noreturn]] void EndRun(int runResult);
+    void EndRun(int runResult);
+    bool StopRequestedAtJump();
     void UpdateControlActive();
     uint64_t CountCells() const;
     bool StatementAllowed(ob::COMMAND_TYPE command);
@@ -505,6 +516,8 @@ private:
 
     // host control
     std::atomic<bool> m_stopRequested{false};
+    const std::atomic<bool>* m_parentStop = nullptr;
+    bool m_halted = false;              // a stop or a budget ended the run: nothing more runs   // the stop flag of the script that ran this one
     bool m_controlActive = false;       // a budget or a line hook is set
     ob::Budgets m_budgets;
     uint64_t m_steps = 0;

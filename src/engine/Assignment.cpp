@@ -87,6 +87,7 @@ bool COrvoBasic::ExecPrint() {
         }
     } while (!m_token.empty() && (m_token[0] == u';' || m_token[0] == u','));
     output += u'\n';
+    if (m_halted) return false;
     ui::GetDesktop().PrintBox(output);
     return true;
 }

@@ -113,6 +113,7 @@ bool COrvoBasic::ExecuteProgram(const CString& path) {
     m_text.clear();
     m_scriptPath = path;
     m_runResult = OB_OK;
+    m_halted = false;
     SetBudgets(m_budgets);   // budgets count from the start of the run
     m_stmtPos = 0;
     if (!LoadFile(path)) {
@@ -135,7 +136,7 @@ bool COrvoBasic::ExecuteProgram(const CString& path) {
             CArgArray args(1, CBasicVariable(m_scriptPath));
             EventThrow(u"OnStart", args);
             RunMainLoop();
-            EventThrow(u"OnStop", args);
+            if (!m_halted) EventThrow(u"OnStop", args);
         } catch (const ScriptAbort&) {
             m_stop = true;
         }
@@ -159,12 +160,16 @@ void COrvoBasic::ExecStatement() {
 // Executes the statement whose first token (of `type`) has just been read. A
 // token that cannot begin a statement ends the run.
 void COrvoBasic::DispatchStatement(BASIC_TOKEN_TYPE type) {
+    if (m_halted) return;
     if (m_exprDepth == 0) m_exprAbandoned = false;
     size_t operandMark = m_operands.size();   // a statement's operands die with it
     switch (type) {
     case VARIABLE:
     case COMMAND:
-        if (m_controlActive || m_stopRequested.load(std::memory_order_relaxed)) HostChecks();
+        if (m_controlActive || m_stopRequested.load(std::memory_order_relaxed)) {
+            HostChecks();
+            if (m_halted) return;
+        }
         Exec_command();
         m_operands.resize(std::min(operandMark, m_operands.size()));
         break;

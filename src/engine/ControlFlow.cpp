@@ -51,7 +51,7 @@ bool COrvoBasic::LabelsScan() {
 }
 
 bool COrvoBasic::ExecGoto() {
-    if (m_stopRequested.load(std::memory_order_relaxed)) EndRun(OB_E_STOPPED);
+    if (StopRequestedAtJump()) return false;
     get_token();
     uint32_t position = 0;
     if (LabelGet(m_token, position) && Rewind(position)) return true;
@@ -164,7 +164,7 @@ bool COrvoBasic::ExecNext() {
     }
     if (!var->Increment()) return false;
     if (var->GetNumberValue() > entry.value) return true;
-    if (m_stopRequested.load(std::memory_order_relaxed)) EndRun(OB_E_STOPPED);
+    if (StopRequestedAtJump()) return false;
     uint32_t position = entry.position;
     PushToStack(entry);
     Rewind(position);
@@ -191,7 +191,7 @@ bool COrvoBasic::ExecDoWhile() {
 bool COrvoBasic::ExecLoop() {
     CStackData entry;
     if (!PopFromStack(entry)) return false;
-    if (m_stopRequested.load(std::memory_order_relaxed)) EndRun(OB_E_STOPPED);
+    if (StopRequestedAtJump()) return false;
     return Rewind(entry.position);
 }
 

@@ -67,7 +67,8 @@ void COrvoBasic::FillErrorRecord(int id, const CString& message) {
 }
 
 void COrvoBasic::ReportError(int id) {
-    if (m_exprAbandoned) return;   // an expression past its nesting bound is unwinding quietly
+    // An expression past its nesting bound, or a halted run, unwinds quietly.
+    if (m_exprAbandoned || m_halted) return;
     CString message = LoadMessage(id);
     ui::Desktop& desktop = ui::GetDesktop();
     if (message.IsEmpty()) desktop.ResourceFallbackBox(kMissingMessageText);

@@ -50,7 +50,17 @@ unsigned CapabilityOfFunction(FUNCTION_TYPE type) {
 
 void COrvoBasic::UpdateControlActive() {
     m_controlActive = m_budgets.maxSteps || m_budgets.timeoutMs || m_budgets.maxDepth || m_budgets.maxCells ||
-                      static_cast<bool>(m_lineHook);
+                      static_cast<bool>(m_lineHook) || m_parentStop != nullptr;
+}
+
+void COrvoBasic::InheritHostControl(const COrvoBasic& parent) {
+    m_capabilities = parent.m_capabilities;
+    m_budgets = parent.m_budgets;
+    m_pathResolver = parent.m_pathResolver;
+    m_lineHook = parent.m_lineHook;
+    m_errorHandler = parent.m_errorHandler;
+    m_parentStop = &parent.m_stopRequested;
+    UpdateControlActive();
 }
 
 void COrvoBasic::SetBudgets(const Budgets& budgets) {
@@ -75,6 +85,9 @@ uint64_t COrvoBasic::CountCells() const {
 }
 
 // Reports how the run ends and ends it; the report's answer cannot resume it.
+// Instead of unwinding by exception (slow through thousands of nested
+// calls), the interpreter is halted: every level returns at once, nothing
+// more is reported, and no further statement runs.
 void COrvoBasic::EndRun(int runResult) {
     m_runResult = runResult;
     m_stopRequested.store(false, std::memory_order_relaxed);
@@ -84,20 +97,30 @@ void COrvoBasic::EndRun(int runResult) {
     } catch (const ScriptAbort&) {
     }
     m_stop = true;
-    throw ScriptAbort{};
+    m_halted = true;
+    m_exprAbandoned = true;
 }
 
 // Runs before every statement while a stop request, a budget or a hook is set.
 void COrvoBasic::HostChecks() {
-    if (m_stopRequested.load(std::memory_order_relaxed)) EndRun(OB_E_STOPPED);
+    if (m_stopRequested.load(std::memory_order_relaxed) ||
+        (m_parentStop && m_parentStop->load(std::memory_order_relaxed)))
+        return EndRun(OB_E_STOPPED);
     ++m_steps;
-    if (m_budgets.maxSteps && m_steps > m_budgets.maxSteps) EndRun(OB_E_STEP_LIMIT);
+    if (m_budgets.maxSteps && m_steps > m_budgets.maxSteps) return EndRun(OB_E_STEP_LIMIT);
     if (m_budgets.timeoutMs && m_steps % kClockEvery == 0 && std::chrono::steady_clock::now() >= m_deadline)
-        EndRun(OB_E_TIMEOUT);
+        return EndRun(OB_E_TIMEOUT);
     if (m_budgets.maxCells && m_steps % kCellsEvery == 0 && CountCells() > m_budgets.maxCells)
-        EndRun(OB_E_MEMORY);
+        return EndRun(OB_E_MEMORY);
     if (m_lineHook && m_lineHook(m_scriptPath, LineOfPosition(m_stmtPos), m_scopeLevel) == OB_ABORT)
-        EndRun(OB_E_STOPPED);
+        return EndRun(OB_E_STOPPED);
+}
+
+// Checked where a loop or a call goes back or deeper.
+bool COrvoBasic::StopRequestedAtJump() {
+    if (!m_stopRequested.load(std::memory_order_relaxed)) return false;
+    EndRun(OB_E_STOPPED);
+    return true;
 }
 
 bool COrvoBasic::StatementAllowed(COMMAND_TYPE command) {

@@ -21,9 +21,11 @@ bool COrvoBasic::ExecRun(bool script) {
     putback();
     CArgArray args;
     GetParamGroup(args);
+    if (IsHalted()) return false;
     CString path = args[0].GetStringValue();
     if (script) {
         auto inner = std::make_unique<COrvoBasic>();
+        inner->InheritHostControl(*this);   // a sandbox or budget must not end at "run"
         return inner->ExecuteProgram(path);
     }
     std::vector<std::string> parameters;

@@ -59,6 +59,7 @@ bool COrvoBasic::ExecTimerStart() {
     auto window = std::make_unique<CTimerWindow>(this);
     CBasicVariable interval;
     get_exp(interval);
+    if (IsHalted()) return false;
     unsigned id = m_desktop->SetTimer(IntervalOf(interval.GetNumberValue()), &CTimerWindow::TimerProc,
                                       window.get());
     m_events->timerId = id;

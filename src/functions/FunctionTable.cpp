@@ -174,6 +174,10 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
     size_t bufferMark = m_argBuffers;
     CArgArray args;
     GetParamList(args);
+    if (m_halted) {
+        get_token();
+        return false;
+    }
     if (type == FT_USER || type == FT_CUSTOM || type == FT_DECLARED) {
         CBasicVariable value;
         ExecUserFunction(name, value, args, false);

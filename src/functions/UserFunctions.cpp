@@ -86,52 +86,61 @@ bool COrvoBasic::ExecUserFunction(const CString& name, CBasicVariable& result, C
         platform::RunOnLargeStack([&] { ok = ExecUserFunction(name, result, args, isCall); });
         return ok;
     }
-    if (m_stopRequested.load(std::memory_order_relaxed)) EndRun(OB_E_STOPPED);
-    if (m_budgets.maxDepth && m_callDepth >= m_budgets.maxDepth) EndRun(OB_E_DEPTH);
+    return ExecScriptFunction(*desc, name, result, args, isCall);
+}
+
+// Restores the caller's state when a script function ends, also when an
+// abort unwinds through it: the return itself, the call chain, the depth
+// counters and the statement the caller was executing.
+struct COrvoBasic::CallScope {
+    COrvoBasic& basic;
+    uint32_t callerStatement;
+    int callerExprDepth;
+    ~CallScope() {
+        basic.PerformReturn();
+        basic.m_callChain.pop_back();
+        --basic.m_callDepth;
+        basic.m_stmtPos = callerStatement;
+        basic.m_exprDepth = callerExprDepth;
+        basic.m_exprAbandoned = basic.m_halted;
+    }
+};
+
+// Runs a script function in place: one scope level up, at its definition,
+// then back. Its value is the variable bearing its name at its level.
+bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, CBasicVariable& result,
+                                    CArgArray& args, bool isCall) {
+    if (m_halted || StopRequestedAtJump()) return false;
+    if (m_budgets.maxDepth && m_callDepth >= m_budgets.maxDepth) {
+        EndRun(OB_E_DEPTH);
+        return false;
+    }
     if (m_callDepth >= kMaxCallDepth || (m_callDepth >= kStackCheckDepth && platform::StackNearlyExhausted(2))) {
         ReportError(13);
         return false;
     }
-    int bodyPosition = desc->bodyPosition;
-    uint32_t callerStatement = m_stmtPos;
-    int callerExprDepth = m_exprDepth;   // expression nesting is counted per function body
-    m_exprDepth = 0;
+    int bodyPosition = desc.bodyPosition;
+    CString lower = desc.name;
+    CallScope scope{*this, m_stmtPos, m_exprDepth};
+    m_exprDepth = 0;   // expression nesting is counted per function body
     ++m_callDepth;
-    m_callChain.push_back(CallFrame{name, LineOfPosition(callerStatement)});
+    m_callChain.push_back(CallFrame{name, LineOfPosition(scope.callerStatement)});
     ++m_scopeLevel;
     PushPosition(m_pos);
     Rewind(static_cast<uint32_t>(bodyPosition));
     VariableUndefine(lower);
-    bool ok = false;
-    try {
-        ok = BindParameters(args) && RunFunctionBody();
-        m_stmtPos = callerStatement;
-        m_exprAbandoned = false;
-        m_exprDepth = callerExprDepth;
-        if (ok && !isCall) {
-            CString resultName = name;
-            if (CBasicVariable* var = FindVariable(resultName)) {
-                result = *var;
-            } else {
-                ReportError(19);
-                ok = false;
-            }
-        }
-    } catch (...) {
-        PerformReturn();
-        m_callChain.pop_back();
-        --m_callDepth;
-        m_stmtPos = callerStatement;
-        m_exprDepth = callerExprDepth;
-        throw;
+    bool ok = BindParameters(args) && RunFunctionBody();
+    m_stmtPos = scope.callerStatement;
+    m_exprAbandoned = m_halted;
+    m_exprDepth = scope.callerExprDepth;
+    if (!ok || isCall) return ok;
+    CString resultName = name;
+    if (CBasicVariable* var = FindVariable(resultName)) {
+        result = *var;
+        return true;
     }
-    PerformReturn();
-    m_callChain.pop_back();
-    --m_callDepth;
-    m_stmtPos = callerStatement;
-    m_exprDepth = callerExprDepth;
-    m_exprAbandoned = false;
-    return ok;
+    ReportError(19);
+    return false;
 }
 
 bool COrvoBasic::ExecCall() {

@@ -54,7 +54,7 @@ int COrvoBasic::GetArithOperation(char16_t c) {
 // reports it once and abandons the rest of the statement, which then
 // unwinds without further reports.
 bool COrvoBasic::ExpressionTooDeep() {
-    if (m_exprAbandoned) return true;
+    if (m_exprAbandoned || m_halted) return true;
     if (m_exprDepth <= kMaxExprDepth && (m_exprDepth < kStackCheckDepth || !platform::StackNearlyExhausted(1)))
         return false;
     ReportError(1);

@@ -11,8 +11,8 @@ A golden test is a .bas script whose expectations live in its own comments:
                                            is expected, else 0)
     # stdin: some text                     one line fed to stdin (repeatable)
 
-Each script runs as `orvobasic --on-error=continue [args] /abs/script.bas` in
-a fresh temporary directory holding a copy of the fixtures directory. The
+Each script runs as `orvobasic --on-error=continue [args] [extra] /abs/script.bas`
+in a fresh temporary directory holding a copy of the fixtures directory. The
 test passes when stdout, the reported errors and the exit status all match.
 
 Standard library only. Exit status 0 when every script passes, else 1.
@@ -193,9 +193,9 @@ def copy_fixtures(fixtures, workdir):
         shutil.copytree(fixtures, workdir, dirs_exist_ok=True)
 
 
-def run_runner(runner, fixtures, script, exp):
+def run_runner(runner, fixtures, script, exp, extra_args):
     """Runs the script in a fresh directory; kills the whole process group on timeout."""
-    command = [runner, "--on-error=continue", *exp.args, script]
+    command = [runner, "--on-error=continue", *exp.args, *extra_args, script]
     env = dict(os.environ, LC_ALL="C.UTF-8")
     stdin_bytes = "".join(line + "\n" for line in exp.stdin).encode("utf-8")
     with tempfile.TemporaryDirectory(prefix="ob-golden-") as workdir:
@@ -285,14 +285,14 @@ def stderr_report(lines):
     return report
 
 
-def check(runner, fixtures, path):
+def check(runner, fixtures, path, extra_args=()):
     """Runs one script; returns the list of report lines (empty when it passed)."""
     script = os.path.abspath(path)
     exp = parse_script(script)
     if exp.problems:
         return ["the test itself is malformed:"] + ["  " + p for p in exp.problems]
     try:
-        run = run_runner(runner, fixtures, script, exp)
+        run = run_runner(runner, fixtures, script, exp, list(extra_args))
     except OSError as error:
         return [f"cannot start the runner {runner}: {error}"]
     report = []
@@ -316,12 +316,19 @@ def main():
     parser.add_argument("--runner", required=True, help="path of the orvobasic executable")
     parser.add_argument("--fixtures", help="directory whose contents are copied into "
                                            "each test's working directory")
+    parser.add_argument("--extra-args", default="",
+                        help="runner arguments (shell-split) appended after each script's "
+                             "own \"# args:\"; give it as --extra-args=\"--flag ...\"")
     parser.add_argument("scripts", nargs="+", help=".bas scripts to run")
     args = parser.parse_args()
+    try:
+        extra_args = shlex.split(args.extra_args)
+    except ValueError as error:
+        parser.error(f"--extra-args: {error}")
 
     failed = 0
     for path in args.scripts:
-        report = check(args.runner, args.fixtures, path)
+        report = check(args.runner, args.fixtures, path, extra_args)
         if report:
             failed += 1
             print(f"FAIL {path}")

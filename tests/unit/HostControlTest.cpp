@@ -203,6 +203,18 @@ TEST_F(HostControlTest, SandboxDeniesEveryCapabilityAndTouchesNothing) {
     EXPECT_EQ(entries, std::vector<std::string>{"script.bas"});
 }
 
+// A script started with "run" gets the same sandbox and stops with its caller.
+TEST_F(HostControlTest, RunPassesTheSandboxAndTheStopOn) {
+    std::string inner = m_dir + "/inner.bas";
+    std::ofstream(inner) << "open \"" << m_dir << "/made.txt\" for output as 1 text\ndo while 1 = 1\nloop\n";
+    m_basic->SetCapabilities(OB_CAP_ALL & ~OB_CAP_FILES);
+    double ms = StopLatencyMs(*this, *m_basic, [&] { Run("run \"" + inner + "\"\nprint \"after\"\n"); });
+    EXPECT_LT(ms, 100.0);
+    EXPECT_EQ(ErrorIds(), (std::vector<int>{40, OB_ERR_STOPPED, OB_ERR_STOPPED}));
+    EXPECT_TRUE(Printed().empty());
+    EXPECT_FALSE(fs::exists(m_dir + "/made.txt"));
+}
+
 TEST_F(HostControlTest, PathResolverRewritesOrRefuses) {
     m_basic->SetPathResolver([this](CString& path) {
         if (path.Find(u"secret") >= 0) return false;

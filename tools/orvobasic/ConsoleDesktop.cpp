@@ -2,6 +2,8 @@
 
 #include "Utf8.h"
 
+#include <orvobasic/hostcontrol.h>
+
 #include <string>
 
 namespace ob::runner {
@@ -24,6 +26,23 @@ void ConsoleDesktop::PrintBox(const CString& text) {
     std::fflush(stdout);
 }
 
+// The calls active at an error, innermost first, one line each under the
+// source line; nothing for an error in the main program. A run of identical
+// calls (a recursion) shows once, with how often it repeats.
+void ConsoleDesktop::PrintCallChain(const ob::ui::ErrorReport& report) {
+    if (!report.record) return;
+    const auto& calls = report.record->calls;
+    std::string script = ToUtf8(report.script);
+    for (auto call = calls.rbegin(); call != calls.rend();) {
+        auto same = call + 1;
+        while (same != calls.rend() && same->line == call->line && same->function == call->function) ++same;
+        std::fprintf(stderr, "    in %s, called at %s:%d\n", ToUtf8(call->function).c_str(), script.c_str(),
+                     call->line);
+        if (same - call > 1) std::fprintf(stderr, "    (the call above %ld more times)\n", long(same - call - 1));
+        call = same;
+    }
+}
+
 // Line feeds inside a message are shown as spaces so that each report
 // starts with one parsable line.
 int ConsoleDesktop::ErrorBox(const ob::ui::ErrorReport& report) {
@@ -35,6 +54,7 @@ int ConsoleDesktop::ErrorBox(const ob::ui::ErrorReport& report) {
     std::fprintf(stderr, "%s:%d: error %d: %s\n", ToUtf8(report.script).c_str(), report.line, report.id,
                  message.c_str());
     if (report.line > 0) std::fprintf(stderr, "    %s\n", ToUtf8(report.sourceLine).c_str());
+    PrintCallChain(report);
     std::fflush(stderr);
     switch (m_mode) {
     case OnError::Continue: return IDOK;

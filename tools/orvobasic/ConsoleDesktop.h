@@ -1,6 +1,6 @@
 // The runner's desktop: printed text goes to stdout verbatim, reported
-// errors to stderr as "SCRIPT:LINE: error N: MESSAGE" plus the source line,
-// and error boxes are answered as the command line says.
+// errors to stderr as "SCRIPT:LINE: error N: MESSAGE" plus the source line
+// and, inside a user function, the calls that led there; error boxes are answered as the command line says.
 #pragma once
 
 #include <orvobasic/desktop.h>
@@ -24,6 +24,7 @@ public:
 
 private:
     bool AskToContinue();
+    static void PrintCallChain(const ob::ui::ErrorReport& report);
 
     OnError m_mode;
     int m_errors = 0;

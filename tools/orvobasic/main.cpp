@@ -1,7 +1,10 @@
 // orvobasic: runs a script file from the command line. A host of the library
-// like any other: it runs the script through the C API, sends it the events
-// given on the command line, and keeps a resident script alive, running the
-// message loop, until a signal, the resident timeout, or its timer stops.
+// like any other: it creates the interpreter through the C API, sets the
+// budgets, capabilities and trace hook the command line asks for, runs the
+// script, sends it the events given on the command line, and keeps a
+// resident script alive, running the message loop, until a signal, the
+// resident timeout, or its timer stops. The first SIGINT/SIGTERM stops the
+// script cleanly; a second one ends the process at once.
 #include "ConsoleDesktop.h"
 #include "Utf8.h"
 
@@ -12,6 +15,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <climits>
@@ -30,6 +34,7 @@ constexpr int kExitOk = 0;
 constexpr int kExitScriptErrors = 1;
 constexpr int kExitNotLoaded = 2;
 constexpr int kExitUsage = 64;
+constexpr int kExitSignalled = 130;
 
 const char kUsage[] =
     "usage: orvobasic [options] SCRIPT\n"
@@ -54,20 +59,78 @@ const char kUsage[] =
     "                 and the events (decimals allowed; default: until SIGINT or\n"
     "                 SIGTERM). It also ends as soon as the script has no timer\n"
     "                 running, since nothing could raise its events any more.\n"
+    "  --max-steps=N  end the run after N statements (error 102)\n"
+    "  --timeout=SECONDS\n"
+    "                 end the run when it has taken this long (decimals allowed;\n"
+    "                 error 103)\n"
+    "  --max-depth=N  end the run when user-function calls nest deeper than N\n"
+    "                 (error 104)\n"
+    "  --max-cells=N  end the run when variables plus array elements exceed N\n"
+    "                 (error 105)\n"
+    "                 For the four budgets, 0 means unlimited (the default).\n"
+    "  --deny=LIST    deny the script what LIST names (comma-separated, repeatable):\n"
+    "                 files, process, native, serial, automation, dialogs, sound.\n"
+    "                 A denied statement reports error 40, a denied function\n"
+    "                 error 21, and neither does anything else.\n"
+    "  --sandbox      deny everything that reaches outside the process (all of\n"
+    "                 the above)\n"
+    "  --trace        before each statement, write SCRIPT:LINE: trace to stderr\n"
     "  --help         show this help and exit\n"
     "  --version      show the version and exit\n"
     "\n"
     "A script that did not execute \"stayresident\" still receives the --event\n"
     "events, then ends. The script is freed last of all.\n"
     "\n"
-    "exit status: 0 no error reported, 1 at least one error reported,\n"
-    "2 the script could not be loaded, 64 bad command line.\n";
+    "An error inside a user function is followed, under its source line, by the\n"
+    "calls that led there, innermost first:\n"
+    "    in FUNCTION, called at SCRIPT:LINE\n"
+    "\n"
+    "SIGINT or SIGTERM stops the script at its next statement (error 101) and\n"
+    "ends a resident script; a second one ends the process at once (status 130).\n"
+    "\n"
+    "exit status: 0 no error reported, 1 at least one error reported (a budget\n"
+    "or a stop included), 2 the script could not be loaded, 64 bad command line,\n"
+    "130 a second signal.\n";
 
 struct Options {
     ob::runner::OnError onError = ob::runner::OnError::Abort;
     std::string script;
     std::vector<std::string> events;   // NAME[,ARG...] as given
     int residentTimeoutMs = -1;        // -1: until a signal
+    // host control: 0 means unlimited
+    uint64_t maxSteps = 0;
+    uint64_t timeoutMs = 0;
+    uint64_t maxDepth = 0;
+    uint64_t maxCells = 0;
+    uint32_t allowed = OB_CAP_ALL;
+    bool trace = false;
+};
+
+// The capability each --deny name stands for.
+struct CapabilityName {
+    const char* name;
+    uint32_t capability;
+};
+
+const CapabilityName kCapabilityNames[] = {
+    {"files", OB_CAP_FILES},       {"process", OB_CAP_PROCESS}, {"native", OB_CAP_NATIVE},
+    {"serial", OB_CAP_SERIAL},     {"automation", OB_CAP_AUTOMATION},
+    {"dialogs", OB_CAP_DIALOGS},   {"sound", OB_CAP_SOUND},
+};
+
+// The budget options: "--NAME=" and where the value goes; seconds are
+// stored as milliseconds.
+struct BudgetOption {
+    const char* prefix;
+    uint64_t Options::*field;
+    bool seconds;
+};
+
+const BudgetOption kBudgetOptions[] = {
+    {"--max-steps=", &Options::maxSteps, false},
+    {"--timeout=", &Options::timeoutMs, true},
+    {"--max-depth=", &Options::maxDepth, false},
+    {"--max-cells=", &Options::maxCells, false},
 };
 
 int UsageError(const std::string& what) {
@@ -85,10 +148,83 @@ bool ParseSeconds(const char* text, int& ms) {
     return true;
 }
 
+// A count: decimal digits only; false for a sign, blanks or overflow.
+bool ParseCount(const char* text, uint64_t& count) {
+    if (!std::isdigit(static_cast<unsigned char>(*text))) return false;
+    char* end = nullptr;
+    errno = 0;
+    unsigned long long value = std::strtoull(text, &end, 10);
+    if (*end != '\0' || errno != 0) return false;
+    count = value;
+    return true;
+}
+
+// Seconds as milliseconds, rounded up so that a tiny timeout is not 0
+// (unlimited); false for text that is not a number >= 0.
+bool ParseSecondsMs(const char* text, uint64_t& ms) {
+    char* end = nullptr;
+    errno = 0;
+    double seconds = std::strtod(text, &end);
+    if (end == text || *end != '\0' || errno != 0 || !(seconds >= 0)) return false;
+    double millis = std::ceil(seconds * 1000.0);
+    ms = millis >= 1e18 ? static_cast<uint64_t>(1e18) : static_cast<uint64_t>(millis);
+    return true;
+}
+
+// "--max-steps=N" and its kind; returns -1 to go on, an exit status, or -2
+// when `arg` is not a budget option.
+int ParseBudgetOption(const char* arg, Options& options) {
+    for (const BudgetOption& option : kBudgetOptions) {
+        size_t length = std::strlen(option.prefix);
+        if (std::strncmp(arg, option.prefix, length) != 0) continue;
+        uint64_t& target = options.*option.field;
+        bool ok = option.seconds ? ParseSecondsMs(arg + length, target) : ParseCount(arg + length, target);
+        if (!ok) return UsageError(std::string(option.prefix, length - 1) + " takes a number" +
+                                   (option.seconds ? " of seconds" : ""));
+        return -1;
+    }
+    return -2;
+}
+
+// "files,process,...": clears those capabilities; an unknown name is a usage error.
+int ParseDenyList(const std::string& list, Options& options) {
+    size_t start = 0;
+    while (start <= list.size()) {
+        size_t comma = std::min(list.find(',', start), list.size());
+        std::string name = list.substr(start, comma - start);
+        const CapabilityName* found = nullptr;
+        for (const CapabilityName& entry : kCapabilityNames)
+            if (name == entry.name) found = &entry;
+        if (!found) return UsageError("--deny: unknown capability \"" + name + "\"");
+        options.allowed &= ~found->capability;
+        start = comma + 1;
+    }
+    return -1;
+}
+
+// The host-control options; returns -1 to go on, an exit status, or -2 when
+// `arg` is none of them.
+int ParseControlOption(const char* arg, Options& options) {
+    int status = ParseBudgetOption(arg, options);
+    if (status != -2) return status;
+    if (std::strncmp(arg, "--deny=", 7) == 0) return ParseDenyList(arg + 7, options);
+    if (std::strcmp(arg, "--sandbox") == 0) {
+        options.allowed = OB_CAP_NONE;
+        return -1;
+    }
+    if (std::strcmp(arg, "--trace") == 0) {
+        options.trace = true;
+        return -1;
+    }
+    return -2;
+}
+
 // Handles one option; returns -1 to go on, or an exit status. `i` advances
 // past an option's separate value.
 int ParseOption(int argc, char** argv, int& i, Options& options) {
     const char* arg = argv[i];
+    int control = ParseControlOption(arg, options);
+    if (control != -2) return control;
     if (std::strcmp(arg, "--help") == 0) {
         std::fputs(kUsage, stdout);
         return kExitOk;
@@ -196,23 +332,50 @@ void SendCommandLineEvent(const std::string& eventText) {
     for (VARIANT& v : args) VariantClear(&v);
 }
 
-extern "C" void QuitOnSignal(int) { OB_QuitMessageLoop(); }
+// The script being run, for the signal handler, and the signals seen.
+std::atomic<OB_HANDLE> g_running{nullptr};
+std::atomic<int> g_signals{0};
 
-// Keeps a resident script running: delivers its timer ticks until SIGINT,
-// SIGTERM, the timeout, or until it has no timer any more (then nothing
+// First signal: stop the script and leave the message loop. Second: exit.
+extern "C" void OnSignal(int) {
+    if (g_signals.fetch_add(1) > 0) _exit(kExitSignalled);
+    OB_RequestStop(g_running.load());
+    OB_QuitMessageLoop();
+}
+
+// SIGINT and SIGTERM go to OnSignal while it lives; the old handlers come back after.
+class SignalGuard {
+public:
+    SignalGuard() {
+        struct sigaction action {};
+        action.sa_handler = OnSignal;
+        sigemptyset(&action.sa_mask);
+        sigaction(SIGINT, &action, &m_oldInt);
+        sigaction(SIGTERM, &action, &m_oldTerm);
+    }
+    ~SignalGuard() {
+        sigaction(SIGINT, &m_oldInt, nullptr);
+        sigaction(SIGTERM, &m_oldTerm, nullptr);
+    }
+    SignalGuard(const SignalGuard&) = delete;
+    SignalGuard& operator=(const SignalGuard&) = delete;
+
+private:
+    struct sigaction m_oldInt {}, m_oldTerm {};
+};
+
+// True once the run should not go on: a signal came, or a stop or budget ended it.
+bool RunEnded(OB_HANDLE script) { return g_signals.load() > 0 || OB_GetRunResult(script) != OB_OK; }
+
+// Keeps a resident script running: delivers its timer ticks until a signal,
+// the timeout, a budget, or until it has no timer any more (then nothing
 // could make it run again). The loop runs in slices so that a timer stopped
 // by its own handler is noticed soon.
 void StayResident(OB_HANDLE script, int timeoutMs) {
     constexpr int kSliceMs = 100;
-    struct sigaction action {};
-    struct sigaction oldInt {}, oldTerm {};
-    action.sa_handler = QuitOnSignal;
-    sigemptyset(&action.sa_mask);
-    sigaction(SIGINT, &action, &oldInt);
-    sigaction(SIGTERM, &action, &oldTerm);
     using Clock = std::chrono::steady_clock;
     Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(std::max(timeoutMs, 0));
-    while (OB_HasTimer(script)) {
+    while (OB_HasTimer(script) && !RunEnded(script)) {
         int slice = kSliceMs;
         if (timeoutMs >= 0) {
             auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
@@ -221,8 +384,36 @@ void StayResident(OB_HANDLE script, int timeoutMs) {
         }
         if (OB_RunMessageLoop(slice)) break;   // quit by a signal
     }
-    sigaction(SIGINT, &oldInt, nullptr);
-    sigaction(SIGTERM, &oldTerm, nullptr);
+}
+
+// --trace: one stderr line per statement.
+extern "C" int32_t TraceLine(OB_HANDLE, const char* path, int32_t line, int32_t, void*) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "%s:%d: trace\n", path, static_cast<int>(line));
+    return OB_CONTINUE;
+}
+
+// Hands the command line's budgets, capabilities and trace to the interpreter.
+void ApplyControls(OB_HANDLE script, const Options& options) {
+    int32_t depth = static_cast<int32_t>(std::min<uint64_t>(options.maxDepth, INT32_MAX));
+    OB_SetBudgets(script, options.maxSteps, options.timeoutMs, depth, options.maxCells);
+    OB_SetCapabilities(script, options.allowed);
+    if (options.trace) OB_SetLineHook(script, TraceLine, nullptr);
+}
+
+// Runs the script, its command-line events and its resident life; false when
+// it could not be loaded.
+bool RunScript(OB_HANDLE script, const Options& options) {
+    SignalGuard signals;
+    g_running.store(script);
+    bool loaded = OB_RunScriptUtf8(script, options.script.c_str()) != 0;
+    if (loaded) {
+        for (const std::string& event : options.events)
+            if (!RunEnded(script)) SendCommandLineEvent(event);
+        if (OB_IsResident(script) && !RunEnded(script)) StayResident(script, options.residentTimeoutMs);
+    }
+    g_running.store(nullptr);
+    return loaded;
 }
 
 }  // namespace
@@ -234,14 +425,14 @@ int main(int argc, char** argv) {
 
     ob::runner::ConsoleDesktop desktop(options.onError);
     ob::ui::SetDesktop(&desktop);
-    int32_t resident = 0;
-    OB_HANDLE script = OB_ExecuteScriptFileUtf8(options.script.c_str(), &resident);
+    OB_HANDLE script = OB_CreateScript();
+    bool loaded = false;
     if (script) {
-        for (const std::string& event : options.events) SendCommandLineEvent(event);
-        if (resident) StayResident(script, options.residentTimeoutMs);
+        ApplyControls(script, options);
+        loaded = RunScript(script, options);
         OB_FreeScript(script);
     }
     ob::ui::SetDesktop(nullptr);
-    if (!script) return kExitNotLoaded;
+    if (!loaded) return kExitNotLoaded;
     return desktop.ErrorCount() > 0 ? kExitScriptErrors : kExitOk;
 }
