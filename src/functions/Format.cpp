@@ -149,28 +149,28 @@ private:
 
 // The C format text rebuilt from the parsed parts, with `length` before the letter.
 std::string BuildSpec(const Conversion& c, const char* length) {
-    std::string spec = "%";
-    if (c.minus) spec += '-';
-    if (c.plus) spec += '+';
-    if (c.space) spec += ' ';
-    if (c.hash) spec += '#';
-    if (c.zero) spec += '0';
-    if (c.width >= 0) spec += std::to_string(c.width);
-    if (c.precision >= 0) spec += '.' + std::to_string(c.precision);
-    spec += length;
-    spec += static_cast<char>(c.letter);
-    return spec;
+    std::string conversion = "%";
+    if (c.minus) conversion += '-';
+    if (c.plus) conversion += '+';
+    if (c.space) conversion += ' ';
+    if (c.hash) conversion += '#';
+    if (c.zero) conversion += '0';
+    if (c.width >= 0) conversion += std::to_string(c.width);
+    if (c.precision >= 0) conversion += '.' + std::to_string(c.precision);
+    conversion += length;
+    conversion += static_cast<char>(c.letter);
+    return conversion;
 }
 
 // snprintf of one argument into a buffer of the exact size, widened to UTF-16.
-// `spec` is always one we built, never script text.
+// `conversion` is always one we built, never script text.
 template <typename T>
-CString CFormat(const std::string& spec, T arg) {
+CString CFormat(const std::string& conversion, T arg) {
     CLocaleScope scope;
-    int n = std::snprintf(nullptr, 0, spec.c_str(), arg);
+    int n = std::snprintf(nullptr, 0, conversion.c_str(), arg);
     if (n <= 0) return CString();
     std::string buf(static_cast<size_t>(n) + 1, '\0');
-    std::snprintf(buf.data(), buf.size(), spec.c_str(), arg);
+    std::snprintf(buf.data(), buf.size(), conversion.c_str(), arg);
     buf.resize(static_cast<size_t>(n));
     return CString(buf.begin(), buf.end());
 }

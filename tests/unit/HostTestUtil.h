@@ -1,5 +1,5 @@
-// Helpers for the host API, event, timer and process tests: a temporary
-// directory for scripts, and a headless desktop installed for one test so
+// Helpers shared by the tests: a temporary directory for scripts and files
+// (removed with everything in it at the end), and a headless desktop installed for one test so
 // that printed text and error boxes can be read back.
 #pragma once
 
@@ -31,6 +31,8 @@ public:
     TempDir& operator=(const TempDir&) = delete;
 
     std::string Path(const std::string& name) const { return (m_path / name).string(); }
+    CString WPath(const std::string& name) const { return CString::FromUtf8(Path(name)); }
+    const std::filesystem::path& Dir() const { return m_path; }
 
     // Writes a file (8-bit text) and returns its path.
     std::string Write(const std::string& name, const std::string& text) const {

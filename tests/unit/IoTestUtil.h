@@ -4,6 +4,8 @@
 
 #include <orvobasic/CString.h>
 
+#include "HostTestUtil.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -12,28 +14,7 @@
 
 namespace iotest {
 
-// A fresh directory under /tmp, removed with everything in it at the end.
-class TempDir {
-public:
-    TempDir() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "ob-io-XXXXXX").string();
-        if (!::mkdtemp(pattern.data())) std::abort();
-        m_path = pattern;
-    }
-    ~TempDir() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-
-    std::string Path(const std::string& name) const { return (m_path / name).string(); }
-    CString WPath(const std::string& name) const { return CString::FromUtf8(Path(name)); }
-    const std::filesystem::path& Dir() const { return m_path; }
-
-private:
-    std::filesystem::path m_path;
-};
+using TempDir = ob::test::TempDir;
 
 inline std::string ReadBytes(const std::string& path) {
     std::ifstream in(path, std::ios::binary);

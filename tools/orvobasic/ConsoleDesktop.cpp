@@ -1,6 +1,5 @@
 #include "ConsoleDesktop.h"
 
-#include "Utf8.h"
 
 #include <orvobasic/hostcontrol.h>
 
@@ -12,7 +11,7 @@ using ob::ui::IDCANCEL;
 using ob::ui::IDOK;
 
 int ConsoleDesktop::MessageBox(const CString& text, unsigned style) {
-    std::string out = ToUtf8(text);
+    std::string out = text.ToUtf8();
     std::fwrite(out.data(), 1, out.size(), stdout);
     if (out.empty() || out.back() != '\n') std::fputc('\n', stdout);
     std::fflush(stdout);
@@ -21,7 +20,7 @@ int ConsoleDesktop::MessageBox(const CString& text, unsigned style) {
 }
 
 void ConsoleDesktop::PrintBox(const CString& text) {
-    std::string out = ToUtf8(text);
+    std::string out = text.ToUtf8();
     std::fwrite(out.data(), 1, out.size(), stdout);
     std::fflush(stdout);
 }
@@ -32,11 +31,11 @@ void ConsoleDesktop::PrintBox(const CString& text) {
 void ConsoleDesktop::PrintCallChain(const ob::ui::ErrorReport& report) {
     if (!report.record) return;
     const auto& calls = report.record->calls;
-    std::string script = ToUtf8(report.script);
+    std::string script = report.script.ToUtf8();
     for (auto call = calls.rbegin(); call != calls.rend();) {
         auto same = call + 1;
         while (same != calls.rend() && same->line == call->line && same->function == call->function) ++same;
-        std::fprintf(stderr, "    in %s, called at %s:%d\n", ToUtf8(call->function).c_str(), script.c_str(),
+        std::fprintf(stderr, "    in %s, called at %s:%d\n", call->function.ToUtf8().c_str(), script.c_str(),
                      call->line);
         if (same - call > 1) std::fprintf(stderr, "    (the call above %ld more times)\n", long(same - call - 1));
         call = same;
@@ -47,13 +46,13 @@ void ConsoleDesktop::PrintCallChain(const ob::ui::ErrorReport& report) {
 // starts with one parsable line.
 int ConsoleDesktop::ErrorBox(const ob::ui::ErrorReport& report) {
     ++m_errors;
-    std::string message = ToUtf8(report.message);
+    std::string message = report.message.ToUtf8();
     for (char& c : message)
         if (c == '\n' || c == '\r') c = ' ';
     std::fflush(stdout);
-    std::fprintf(stderr, "%s:%d: error %d: %s\n", ToUtf8(report.script).c_str(), report.line, report.id,
+    std::fprintf(stderr, "%s:%d: error %d: %s\n", report.script.ToUtf8().c_str(), report.line, report.id,
                  message.c_str());
-    if (report.line > 0) std::fprintf(stderr, "    %s\n", ToUtf8(report.sourceLine).c_str());
+    if (report.line > 0) std::fprintf(stderr, "    %s\n", report.sourceLine.ToUtf8().c_str());
     PrintCallChain(report);
     std::fflush(stderr);
     switch (m_mode) {
@@ -66,7 +65,7 @@ int ConsoleDesktop::ErrorBox(const ob::ui::ErrorReport& report) {
 
 void ConsoleDesktop::ResourceFallbackBox(const CString& text) {
     std::fflush(stdout);
-    std::fprintf(stderr, "%s\n", ToUtf8(text).c_str());
+    std::fprintf(stderr, "%s\n", text.ToUtf8().c_str());
     std::fflush(stderr);
 }
 

@@ -6,7 +6,6 @@
 // resident timeout, or its timer stops. The first SIGINT/SIGTERM stops the
 // script cleanly; a second one ends the process at once.
 #include "ConsoleDesktop.h"
-#include "Utf8.h"
 
 #include <orvobasic/desktop.h>
 #include <orvobasic/orvobasic.h>
@@ -313,7 +312,7 @@ VARIANT ToVariant(const std::string& text) {
         }
         return value;
     }
-    std::u16string wide = ob::runner::FromUtf8(text);
+    CString wide = CString::FromUtf8(text);
     value.vt = VT_BSTR;
     value.bstrVal = SysAllocStringLen(wide.c_str(), static_cast<uint32_t>(wide.size()));
     return value;
