@@ -425,7 +425,7 @@ private:
     void PrimitiveUnknownMember(CBasicVariable& result);
     bool StoreAssignment(const CString& target, uint32_t targetPos, ob::BASIC_TOKEN_TYPE kind, bool indexed,
                          int index, const CBasicVariable& value);
-    bool DimOne(bool global, bool& done);
+    bool DimOne(bool global);
     bool RunFunctionBody();
     struct CallScope;
     bool ExecScriptFunction(const CFuncDesc& desc, const CString& name, CBasicVariable& result, CArgArray& args,

@@ -208,8 +208,7 @@ int COrvoBasic::KeywordToType(KEYWORD_TYPE keyword) {
 }
 
 // One declaration of "dim"/"global": name, optional [size], optional "as" type.
-bool COrvoBasic::DimOne(bool global, bool& done) {
-    done = false;
+bool COrvoBasic::DimOne(bool global) {
     if (get_token() != VARIABLE || m_token.empty()) {
         ReportError(1);
         return false;
@@ -255,8 +254,7 @@ bool COrvoBasic::DimOne(bool global, bool& done) {
 bool COrvoBasic::ExecDim(bool global) {
     for (;;) {
         if (m_command == CMD_EOL || m_command == CMD_FINISHED) return true;
-        bool done = false;
-        if (!DimOne(global, done)) return false;
+        if (!DimOne(global)) return false;
     }
 }
 
