@@ -96,9 +96,10 @@ struct COrvoBasic::CallScope {
     COrvoBasic& basic;
     uint32_t callerStatement;
     int callerExprDepth;
+    bool chainPopped = false;
     ~CallScope() {
         basic.PerformReturn();
-        basic.m_callChain.pop_back();
+        if (!chainPopped) basic.m_callChain.pop_back();
         --basic.m_callDepth;
         basic.m_stmtPos = callerStatement;
         basic.m_exprDepth = callerExprDepth;
@@ -130,6 +131,8 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
     Rewind(static_cast<uint32_t>(bodyPosition));
     VariableUndefine(lower);
     bool ok = BindParameters(args) && RunFunctionBody();
+    m_callChain.pop_back();   // what follows (the result) belongs to the caller's statement
+    scope.chainPopped = true;
     m_stmtPos = scope.callerStatement;
     m_exprAbandoned = m_halted;
     m_exprDepth = scope.callerExprDepth;
