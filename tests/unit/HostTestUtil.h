@@ -3,14 +3,18 @@
 // that printed text and error boxes can be read back.
 #pragma once
 
+#include <orvobasic/COrvoBasic.h>
 #include <orvobasic/desktop.h>
 
 #include "ui/headless/HeadlessDesktop.h"
+
+#include <gtest/gtest.h>
 
 #include <stdlib.h>
 
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -70,6 +74,24 @@ public:
             if (box.style != ui::MB_OK) texts.push_back(box.text.ToUtf8());
         return texts;
     }
+};
+
+// A test with one interpreter made while a headless desktop is current, so
+// that the boxes it shows can be read back.
+class InterpreterTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ui::SetDesktop(&m_desktop);
+        m_basic = std::make_unique<COrvoBasic>();
+    }
+    void TearDown() override {
+        m_basic.reset();
+        ui::SetDesktop(nullptr);
+    }
+    COrvoBasic& B() { return *m_basic; }
+
+    ui::HeadlessDesktop m_desktop;
+    std::unique_ptr<COrvoBasic> m_basic;
 };
 
 }  // namespace ob::test

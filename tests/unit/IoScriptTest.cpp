@@ -13,6 +13,7 @@
 
 using iotest::ReadBytes;
 using iotest::TempDir;
+using iotest::Utf16;
 using iotest::WriteBytes;
 
 namespace {
@@ -51,15 +52,6 @@ public:
 private:
     RecordingDesktop m_desktop;
 };
-
-std::string Utf16(const std::string& ascii) {
-    std::string out;
-    for (char c : ascii) {
-        out += c;
-        out += '\0';
-    }
-    return out;
-}
 
 }  // namespace
 

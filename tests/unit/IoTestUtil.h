@@ -26,6 +26,16 @@ inline void WriteBytes(const std::string& path, const std::string& bytes) {
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
+// UTF-16LE bytes of ASCII text.
+inline std::string Utf16(const std::string& ascii) {
+    std::string out;
+    for (char c : ascii) {
+        out += c;
+        out += '\0';
+    }
+    return out;
+}
+
 // A committed fixture (tests/fixtures).
 inline std::string Fixture(const std::string& name) { return std::string(OB_TEST_DATA_DIR) + "/" + name; }
 

@@ -14,6 +14,7 @@
 using iotest::Bytes;
 using iotest::ReadBytes;
 using iotest::TempDir;
+using iotest::Utf16;
 using iotest::WriteBytes;
 using ob::CTextFileLoc;
 using ob::StringTokenizer;
@@ -31,16 +32,6 @@ std::vector<CString> ReadAll(CTextFileLoc& file) {
     CString line;
     while (file.ReadString(line)) lines.push_back(line);
     return lines;
-}
-
-// UTF-16LE bytes of ASCII text.
-std::string Utf16(const std::string& ascii) {
-    std::string out;
-    for (char c : ascii) {
-        out += c;
-        out += '\0';
-    }
-    return out;
 }
 
 }  // namespace

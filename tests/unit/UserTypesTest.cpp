@@ -3,6 +3,7 @@
 #include <orvobasic/COrvoBasic.h>
 #include <orvobasic/desktop.h>
 
+#include "HostTestUtil.h"
 #include "ui/headless/HeadlessDesktop.h"
 #include "values/CTypeStructure.h"
 #include "values/UserTypes.h"
@@ -125,16 +126,8 @@ TEST(CTypeStructureTest, StringFieldsReadTheirTextButAreNotWritten) {
 
 // The interpreter side: "type" statements, record variables and the host's
 // field access by name.
-class UserTypesTest : public ::testing::Test {
+class UserTypesTest : public test::InterpreterTest {
 protected:
-    void SetUp() override {
-        ui::SetDesktop(&m_desktop);
-        m_basic = std::make_unique<COrvoBasic>();
-    }
-    void TearDown() override {
-        m_basic.reset();
-        ui::SetDesktop(nullptr);
-    }
 
     // Runs the statements of `text` one after another, as the statement loop does.
     void Run(const std::u16string& text) {
@@ -156,11 +149,6 @@ protected:
         }
         return out;
     }
-
-    COrvoBasic& B() { return *m_basic; }
-
-    ui::HeadlessDesktop m_desktop;
-    std::unique_ptr<COrvoBasic> m_basic;
 };
 
 TEST_F(UserTypesTest, TypeStatementBuildsTheLayout) {

@@ -3,6 +3,7 @@
 #include <orvobasic/COrvoBasic.h>
 #include <orvobasic/desktop.h>
 
+#include "HostTestUtil.h"
 #include "ui/headless/HeadlessDesktop.h"
 
 #include <gtest/gtest.h>
@@ -14,19 +15,8 @@ namespace {
 
 using namespace ob;
 
-class VariableStoreTest : public ::testing::Test {
+class VariableStoreTest : public test::InterpreterTest {
 protected:
-    // The interpreter takes the desktop that is current when it is made.
-    void SetUp() override {
-        ui::SetDesktop(&m_desktop);
-        m_basic = std::make_unique<COrvoBasic>();
-    }
-    void TearDown() override {
-        m_basic.reset();
-        ui::SetDesktop(nullptr);
-    }
-
-    COrvoBasic& B() { return *m_basic; }
 
     // The first line of every error box shown so far, in order.
     std::vector<std::string> Errors() const {
@@ -52,9 +42,6 @@ protected:
         CBasicVariable* var = B().FindVariable(name);
         return name == CString(key) ? var : nullptr;
     }
-
-    ui::HeadlessDesktop m_desktop;
-    std::unique_ptr<COrvoBasic> m_basic;
 };
 
 TEST_F(VariableStoreTest, PredefinedGlobalsKeepTheirSpelling) {
