@@ -169,6 +169,20 @@ public:
     // ---- lifecycle (engine) ----
     // Loads and runs a script; false only when the file could not be loaded.
     bool ExecuteProgram(const CString& path);
+    // Runs a script held in memory (its bytes as a script file holds them)
+    // under `name`, which reports and the "OnStart" event show as its path.
+    bool ExecuteProgramText(const CString& name, const std::string& bytes);
+    // Adds statements (script-file bytes) to the text of a live session and
+    // runs them at once, keeping every variable, function and file of the
+    // chunks before. A chunk that defines a function or sub is only
+    // entered; false then, and true when statements ran.
+    bool ExecuteInteractive(const CString& name, const std::string& bytes);
+    // Arguments for the script: when there is at least one, the run starts
+    // with the global array ARGV holding them (ARGV[0] the first).
+    void SetScriptArguments(std::vector<CString> arguments) { m_scriptArguments = std::move(arguments); }
+    // Calls `visit` with each variable of the main program and each global
+    // (name as the script writes it, the variable), in name order.
+    void ForEachMainVariable(const std::function<void(const CString&, const CBasicVariable&)>& visit) const;
     bool IsResident() const { return m_resident; }
     CString GetLastError() const { return m_lastError; }
     const CString& GetScriptPath() const { return m_scriptPath; }
@@ -177,6 +191,10 @@ public:
     // Shows message `id` with the current source line; throws ob::ScriptAbort
     // when the user cancels.
     void ReportError(int id);
+    // ReportError for an error about a name or path, with the system's
+    // errno after a failed file operation (0: none); the report's record
+    // then names it, suggests a close defined name and adds a hint.
+    void ReportErrorAbout(int id, const CString& subject, int osError = 0);
     CString GetCurrentLine();
     static CString LoadMessage(int id);
     // 1-based line of a text position.
@@ -314,6 +332,7 @@ public:
 
     // control flow
     bool LabelsScan();
+    bool ScanDefinitions(uint32_t from);
     bool LabelsFree();
     bool LabelAdd(const CString& name, uint32_t position);
     bool LabelGet(const CString& name, uint32_t& position) const;
@@ -405,6 +424,8 @@ public:
 
 private:
     bool LoadFile(const CString& path);
+    void DecodeScript(const std::string& bytes, CString& out) const;
+    void DefineScriptArguments();
     void ExecStatement();
     void DispatchStatement(ob::BASIC_TOKEN_TYPE type);
     void RunMainLoop();
@@ -445,6 +466,9 @@ private:
     bool CallAllowed(const CFuncDesc& desc);
     void SkipArgumentList();
     void FillErrorRecord(int id, const CString& message);
+    void AddDiagnostics(ob::ErrorRecord& record) const;
+    CString ClosestDefinedName(int id, const CString& name) const;
+    CString HintFor(const ob::ErrorRecord& record) const;
 
     // Facts about the program text that never change while it runs, so that
     // loops and calls do not classify the same characters again.
@@ -526,6 +550,10 @@ private:
     std::chrono::steady_clock::time_point m_deadline{};
     int m_runResult = OB_OK;
     ob::ErrorRecord m_lastErrorRecord;
+    CString m_errorSubject;   // set by ReportErrorAbout for the one report
+    const std::string* m_sourceBytes = nullptr;   // a script from memory, while it loads
+    std::vector<CString> m_scriptArguments;
+    int m_errorOsError = 0;
     ErrorHandler m_errorHandler;
     unsigned m_capabilities = OB_CAP_ALL;
     PathResolver m_pathResolver;

@@ -69,6 +69,12 @@ struct ErrorRecord {
     CString sourceLine;             // that line, without its line end
     std::vector<CallFrame> calls;   // outermost call first; empty in the main program
     int runResult = OB_OK;          // the host-control outcome this report announces, if any
+    // Details for people reading the report; the message text stays as it is.
+    CString subject;                // the name or path the error is about; empty when none
+    int subjectColumn = 0;          // 1-based column of the offending text on sourceLine; 0 when unknown
+    CString osReason;               // the system's reason after a failed file operation; empty otherwise
+    CString suggestion;             // a defined name close to a misspelt subject; empty when none is close
+    CString hint;                   // one line on a known trap of the dialect; empty when none applies
 };
 
 // Budgets of one interpreter; 0 means unlimited.

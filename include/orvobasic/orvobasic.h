@@ -159,6 +159,42 @@ OB_API OB_HANDLE OB_CreateScript(void);
 OB_API int32_t OB_RunScript(OB_HANDLE script, const char16_t* path);
 OB_API int32_t OB_RunScriptUtf8(OB_HANDLE script, const char* path);
 
+/* Runs a script held in memory, as OB_RunScript runs a file: `bytes` are the
+ * script as a file would hold them (`length` bytes; a negative length: up to
+ * the first NUL), and `name` (UTF-8; NULL counts as "") stands for the path
+ * in error reports and the "OnStart"/"OnStop" events. A relative path the
+ * script opens is relative to the working directory. Returns 1 when it ran,
+ * 0 for a handle that is not live or is running, or NULL bytes. */
+OB_API int32_t OB_RunScriptText(OB_HANDLE script, const char* name, const char* bytes, int32_t length);
+
+/* An interactive session: appends `bytes` (statements, as a script file holds
+ * them; `length` as above) to the script's text and runs them at once. What
+ * earlier chunks created (variables, functions, open files, maps) stays.
+ * Give a chunk whole blocks: an "if" with its "endif", a "function" with its
+ * "endfunction". A chunk that begins with "function" or "sub" is entered
+ * without running. `name` is used by the first chunk as the path errors
+ * show; their line numbers count across the session. Returns 1 when
+ * statements ran, 0 for a definition, a handle that is not live or is
+ * running, or NULL bytes. */
+OB_API int32_t OB_ExecuteInteractive(OB_HANDLE script, const char* name, const char* bytes, int32_t length);
+
+/* Arguments for the script (UTF-8, `count` of them; copied). When there is at
+ * least one, runs of the script start with the global array ARGV holding
+ * them as strings, ARGV[0] the first; with none, no name is defined, so a
+ * script that does not expect arguments runs exactly as before. Does
+ * nothing for a handle that is not live. */
+OB_API void OB_SetScriptArgumentsUtf8(OB_HANDLE script, int32_t count, const char* const* args);
+
+/* Called once per variable by OB_ListVariablesUtf8: its name as the script
+ * writes it, the text of its first element (as "print" shows it; "" when
+ * unset) and its number of elements. The strings live during the call. */
+typedef void (*OB_VariableVisitor)(const char* name, const char* value, int32_t count, void* userData);
+
+/* Visits the variables of the main program and the globals, in name order
+ * (the predefined Nothing, True and False left out). Does nothing for a
+ * handle that is not live or a NULL visitor. */
+OB_API void OB_ListVariablesUtf8(OB_HANDLE script, OB_VariableVisitor visit, void* userData);
+
 /* Asks the script to stop at its next statement: the run (or the event
  * handler now running) ends as an abort does, with error OB_ERR_STOPPED
  * reported and OB_GetRunResult giving OB_E_STOPPED. Safe from any thread and
@@ -204,6 +240,12 @@ typedef struct OB_ErrorInfo {
     int32_t runResult;        /* OB_E_* when this report ends the run (OB_ERR_* ids), else OB_OK */
     int32_t callCount;        /* entries in `calls`; 0 in the main program */
     const OB_CallInfo* calls; /* the active calls, outermost first; NULL when callCount is 0 */
+    /* Details for people reading the report (never NULL; "" when absent): */
+    const char* subject;      /* the name or path the error is about (an undefined variable, a file) */
+    int32_t subjectColumn;    /* 1-based column of the subject on sourceLine; 0 when unknown */
+    const char* osReason;     /* the system's reason after a failed file operation */
+    const char* suggestion;   /* a defined name close to a misspelt subject ("did you mean") */
+    const char* hint;         /* one line on a known trap of the dialect that fits the error */
 } OB_ErrorInfo;
 
 /* Called on the host thread for every error the script reports, instead of

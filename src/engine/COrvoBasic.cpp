@@ -13,6 +13,7 @@
 #include "values/UserTypes.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -55,8 +56,14 @@ COrvoBasic::~COrvoBasic() {
     --m_nNumberOfCopies;
 }
 
-// Reads the whole file as 8-bit text (up to a first NUL byte) and appends one line feed.
+// Reads the whole file as 8-bit text (up to a first NUL byte) and appends
+// one line feed. A script handed over from memory is taken from there.
 bool COrvoBasic::LoadFile(const CString& path) {
+    if (m_sourceBytes) {
+        m_text.clear();
+        DecodeScript(*m_sourceBytes, m_text);
+        return true;
+    }
     std::FILE* f = std::fopen(path.ToUtf8().c_str(), "rb");
     if (!f) return false;
     std::string bytes;
@@ -66,13 +73,16 @@ bool COrvoBasic::LoadFile(const CString& path) {
     bool failed = std::ferror(f) != 0;
     std::fclose(f);
     if (failed) return false;
-    // The bytes are taken as one zero-terminated 8-bit string: a NUL byte ends the text.
-    size_t nul = bytes.find('\0');
-    if (nul != std::string::npos) bytes.resize(nul);
     m_text.clear();
-    platform::AnsiToWide(bytes, m_text);
-    m_text.push_back(u'\n');
+    DecodeScript(bytes, m_text);
     return true;
+}
+
+// Script bytes as text, appended to `out` with one line feed after them.
+// The bytes are taken as one zero-terminated 8-bit string: a NUL byte ends the text.
+void COrvoBasic::DecodeScript(const std::string& bytes, CString& out) const {
+    platform::AnsiToWide(std::string_view(bytes).substr(0, bytes.find('\0')), out);
+    out.push_back(u'\n');
 }
 
 // Line starts of the program text, for error locations. A line ends at LF,
@@ -117,9 +127,11 @@ bool COrvoBasic::ExecuteProgram(const CString& path) {
     m_halted = false;
     SetBudgets(m_budgets);   // budgets count from the start of the run
     m_stmtPos = 0;
+    errno = 0;
     if (!LoadFile(path)) {
+        int reason = errno;
         try {
-            ReportError(17);
+            ReportErrorAbout(17, path, reason);
         } catch (const ScriptAbort&) {
         }
         return false;
@@ -128,6 +140,7 @@ bool COrvoBasic::ExecuteProgram(const CString& path) {
     m_endIndex = m_length - 1;
     m_prevTokenType = DELIMITER;
     BuildLineIndex();
+    DefineScriptArguments();
     // The run gets a stack of its own, so deep script recursion does not
     // depend on the host thread's stack.
     platform::RunOnLargeStack([this] {

@@ -25,7 +25,12 @@ bool COrvoBasic::LabelGet(const CString& name, uint32_t& position) const {
 // subs. A duplicate label is reported with message 6 and ends the scan.
 bool COrvoBasic::LabelsScan() {
     LabelsFree();
-    Rewind();
+    return ScanDefinitions(0);
+}
+
+// Enters the labels and the functions and subs defined from `from` on.
+bool COrvoBasic::ScanDefinitions(uint32_t from) {
+    if (from == 0 || !Rewind(from)) Rewind();
     for (;;) {
         m_stmtPos = m_pos;
         uint32_t before = m_pos;
@@ -55,7 +60,7 @@ bool COrvoBasic::ExecGoto() {
     get_token();
     uint32_t position = 0;
     if (LabelGet(m_token, position) && Rewind(position)) return true;
-    ReportError(7);
+    ReportErrorAbout(7, m_token);
     return false;
 }
 

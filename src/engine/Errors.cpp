@@ -64,6 +64,20 @@ void COrvoBasic::FillErrorRecord(int id, const CString& message) {
     }
     r.calls = m_callChain;
     r.runResult = id > kMessageCount ? m_runResult : OB_OK;
+    AddDiagnostics(r);
+}
+
+void COrvoBasic::ReportErrorAbout(int id, const CString& subject, int osError) {
+    m_errorSubject = subject;
+    m_errorOsError = osError;
+    struct Clear {
+        COrvoBasic& b;
+        ~Clear() {
+            b.m_errorSubject.clear();
+            b.m_errorOsError = 0;
+        }
+    } clear{*this};
+    ReportError(id);
 }
 
 void COrvoBasic::ReportError(int id) {

@@ -168,11 +168,14 @@ CString LastErrorOf(OB_HANDLE script) {
 class ErrorInfoStore {
 public:
     explicit ErrorInfoStore(const ob::ErrorRecord& r)
-        : m_message(r.message.ToUtf8()), m_script(r.script.ToUtf8()), m_sourceLine(r.sourceLine.ToUtf8()) {
+        : m_message(r.message.ToUtf8()), m_script(r.script.ToUtf8()), m_sourceLine(r.sourceLine.ToUtf8()),
+          m_subject(r.subject.ToUtf8()), m_osReason(r.osReason.ToUtf8()), m_suggestion(r.suggestion.ToUtf8()),
+          m_hint(r.hint.ToUtf8()) {
         for (const ob::CallFrame& frame : r.calls) m_names.push_back(frame.function.ToUtf8());
         for (size_t i = 0; i < r.calls.size(); ++i) m_calls.push_back({m_names[i].c_str(), r.calls[i].line});
         m_info = {r.id, m_message.c_str(), m_script.c_str(), r.line, r.column, m_sourceLine.c_str(),
-                  r.runResult, static_cast<int32_t>(m_calls.size()), m_calls.empty() ? nullptr : m_calls.data()};
+                  r.runResult, static_cast<int32_t>(m_calls.size()), m_calls.empty() ? nullptr : m_calls.data(),
+                  m_subject.c_str(), r.subjectColumn, m_osReason.c_str(), m_suggestion.c_str(), m_hint.c_str()};
     }
     ErrorInfoStore(const ErrorInfoStore&) = delete;
     ErrorInfoStore& operator=(const ErrorInfoStore&) = delete;
@@ -180,7 +183,7 @@ public:
     const OB_ErrorInfo& Info() const { return m_info; }
 
 private:
-    std::string m_message, m_script, m_sourceLine;
+    std::string m_message, m_script, m_sourceLine, m_subject, m_osReason, m_suggestion, m_hint;
     std::vector<std::string> m_names;
     std::vector<OB_CallInfo> m_calls;
     OB_ErrorInfo m_info{};
@@ -204,19 +207,29 @@ bool IsRunning(OB_HANDLE script) {
     return std::find(running.begin(), running.end(), script) != running.end();
 }
 
-// Runs a created script; see OB_RunScript.
-int32_t RunScript(OB_HANDLE script, const CString& path) {
+// Runs `run` on a created script that is not running yet; see OB_RunScript.
+template <typename Run>
+int32_t RunGuarded(OB_HANDLE script, Run run) {
     if (!COrvoBasic::IsValidInterpreter(script) || IsRunning(script)) return 0;
     LastErrorInfos().erase(script);
     RunningScripts().push_back(script);
-    bool loaded = false;
+    bool ran = false;
     try {
-        loaded = script->ExecuteProgram(path);
+        ran = run(*script);
     } catch (...) {
     }
     auto& running = RunningScripts();
     running.erase(std::find(running.begin(), running.end(), script));
-    return loaded ? 1 : 0;
+    return ran ? 1 : 0;
+}
+
+int32_t RunScript(OB_HANDLE script, const CString& path) {
+    return RunGuarded(script, [&](COrvoBasic& s) { return s.ExecuteProgram(path); });
+}
+
+// Script bytes handed over by a host: `length` bytes, or up to a NUL.
+std::string ScriptBytes(const char* bytes, int32_t length) {
+    return length < 0 ? std::string(bytes) : std::string(bytes, static_cast<size_t>(length));
 }
 
 // A C error handler behind the engine's C++ one.
@@ -384,6 +397,46 @@ int32_t OB_RunScriptUtf8(OB_HANDLE script, const char* path) {
     } catch (...) {
         return 0;
     }
+}
+
+int32_t OB_RunScriptText(OB_HANDLE script, const char* name, const char* bytes, int32_t length) {
+    if (!bytes) return 0;
+    try {
+        std::string text = ScriptBytes(bytes, length);
+        CString path = FromUtf8(name);
+        return RunGuarded(script, [&](COrvoBasic& s) { return s.ExecuteProgramText(path, text); });
+    } catch (...) {
+        return 0;
+    }
+}
+
+int32_t OB_ExecuteInteractive(OB_HANDLE script, const char* name, const char* bytes, int32_t length) {
+    if (!bytes) return 0;
+    try {
+        std::string text = ScriptBytes(bytes, length);
+        CString path = FromUtf8(name);
+        return RunGuarded(script, [&](COrvoBasic& s) { return s.ExecuteInteractive(path, text); });
+    } catch (...) {
+        return 0;
+    }
+}
+
+void OB_SetScriptArgumentsUtf8(OB_HANDLE script, int32_t count, const char* const* args) {
+    WithLiveScript(script, [&](COrvoBasic& s) {
+        std::vector<CString> arguments;
+        for (int32_t i = 0; args && i < count; ++i) arguments.push_back(FromUtf8(args[i]));
+        s.SetScriptArguments(std::move(arguments));
+    });
+}
+
+void OB_ListVariablesUtf8(OB_HANDLE script, OB_VariableVisitor visit, void* userData) {
+    if (!visit) return;
+    WithLiveScript(script, [&](COrvoBasic& s) {
+        s.ForEachMainVariable([&](const CString& name, const CBasicVariable& variable) {
+            std::string value = variable.GetNumItems() > 0 ? variable.GetItem(0).GetStringValue().ToUtf8() : std::string();
+            visit(name.ToUtf8().c_str(), value.c_str(), variable.GetNumItems(), userData);
+        });
+    });
 }
 
 // No look-up in the registry here: that is not safe from a signal handler.

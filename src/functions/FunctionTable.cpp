@@ -187,7 +187,7 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
     FUNCTION_TYPE type = m_function;
     CString name = m_curFuncName;
     if (type == FT_NONE) {
-        ReportError(21);
+        ReportErrorAbout(21, m_token);
         return false;
     }
     if (m_capabilities != OB_CAP_ALL && !FunctionAllowed(type, name)) {

@@ -68,7 +68,7 @@ bool COrvoBasic::ExecUserFunction(const CString& name, CBasicVariable& result, C
     lower.MakeLower();
     const CFuncDesc* desc = FindFuncDesc(lower);
     if (!desc) {
-        ReportError(21);
+        ReportErrorAbout(21, name);
         return false;
     }
     if (!CallAllowed(*desc)) return false;

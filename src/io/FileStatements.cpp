@@ -4,6 +4,8 @@
 
 #include <orvobasic/COrvoBasic.h>
 
+#include <cerrno>
+
 using namespace ob;
 using platform::CFile;
 
@@ -91,9 +93,10 @@ bool COrvoBasic::ExecOpenFile() {
         return false;
     }
     CString path = name.GetStringValue();
+    errno = 0;
     std::unique_ptr<CFileHolder> holder = ResolvePath(path) ? OpenHolder(path, mode, text) : nullptr;
     if (!holder) {
-        ReportError(47);
+        ReportErrorAbout(47, path, errno);
         return false;
     }
     m_fileSlots->Add(static_cast<uint16_t>(number), std::move(holder));

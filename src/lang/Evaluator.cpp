@@ -206,7 +206,7 @@ void COrvoBasic::PrimitiveVariable(CBasicVariable& result) {
     }
     CBasicVariable* var = FindVariableAt(start, name);
     if (!var) {
-        ReportError(37);
+        ReportErrorAbout(37, name);
         return;
     }
     if (!indexed) {
@@ -227,7 +227,7 @@ void COrvoBasic::PrimitiveUnknownMember(CBasicVariable& result) {
     CString name = m_token.Left(m_token.Find(u'.'));
     CBasicVariable* var = FindVariable(name);
     if (!var) {
-        ReportError(37);
+        ReportErrorAbout(37, name);
     } else {
         m_operands.emplace_back();
         ReportError(31);

@@ -1,5 +1,7 @@
 #include "ConsoleDesktop.h"
 
+#include "ErrorDetails.h"
+
 
 #include <orvobasic/hostcontrol.h>
 
@@ -53,6 +55,7 @@ int ConsoleDesktop::ErrorBox(const ob::ui::ErrorReport& report) {
     std::fprintf(stderr, "%s:%d: error %d: %s\n", report.script.ToUtf8().c_str(), report.line, report.id,
                  message.c_str());
     if (report.line > 0) std::fprintf(stderr, "    %s\n", report.sourceLine.ToUtf8().c_str());
+    if (report.record) PrintErrorDetails(stderr, *report.record);
     PrintCallChain(report);
     std::fflush(stderr);
     switch (m_mode) {

@@ -6,6 +6,8 @@
 // resident timeout, or its timer stops. The first SIGINT/SIGTERM stops the
 // script cleanly; a second one ends the process at once.
 #include "ConsoleDesktop.h"
+#include "Interactive.h"
+#include "UsageText.h"
 
 #include <orvobasic/desktop.h>
 #include <orvobasic/orvobasic.h>
@@ -35,65 +37,13 @@ constexpr int kExitNotLoaded = 2;
 constexpr int kExitUsage = 64;
 constexpr int kExitSignalled = 130;
 
-const char kUsage[] =
-    "usage: orvobasic [options] SCRIPT\n"
-    "\n"
-    "Runs an OrvoBasic script. Printed text goes to stdout; each reported error\n"
-    "goes to stderr as SCRIPT:LINE: error N: MESSAGE, followed by the source line.\n"
-    "\n"
-    "options:\n"
-    "  --on-error=continue|abort|ask\n"
-    "                 answer to error messages: go on with the next statement,\n"
-    "                 end the run, or ask on the terminal (default: ask when\n"
-    "                 stdin is a terminal, else abort)\n"
-    "  --event NAME[,ARG...]\n"
-    "                 after the main program, raise the event NAME in every live\n"
-    "                 script with the arguments ARG (split at commas; an argument\n"
-    "                 that reads as a number is passed as a number, any other as a\n"
-    "                 string). Repeatable: events are sent in the order given.\n"
-    "                 Also --event=NAME[,ARG...].\n"
-    "  --resident-timeout=SECONDS\n"
-    "                 how long a script that executed \"stayresident\" keeps\n"
-    "                 running its timer and event handlers after the main program\n"
-    "                 and the events (decimals allowed; default: until SIGINT or\n"
-    "                 SIGTERM). It also ends as soon as the script has no timer\n"
-    "                 running, since nothing could raise its events any more.\n"
-    "  --max-steps=N  end the run after N statements (error 102)\n"
-    "  --timeout=SECONDS\n"
-    "                 end the run when it has taken this long (decimals allowed;\n"
-    "                 error 103)\n"
-    "  --max-depth=N  end the run when user-function calls nest deeper than N\n"
-    "                 (error 104)\n"
-    "  --max-cells=N  end the run when variables plus array elements exceed N\n"
-    "                 (error 105)\n"
-    "                 For the four budgets, 0 means unlimited (the default).\n"
-    "  --deny=LIST    deny the script what LIST names (comma-separated, repeatable):\n"
-    "                 files, process, native, serial, automation, dialogs, sound.\n"
-    "                 A denied statement reports error 40, a denied function\n"
-    "                 error 21, and neither does anything else.\n"
-    "  --sandbox      deny everything that reaches outside the process (all of\n"
-    "                 the above)\n"
-    "  --trace        before each statement, write SCRIPT:LINE: trace to stderr\n"
-    "  --help         show this help and exit\n"
-    "  --version      show the version and exit\n"
-    "\n"
-    "A script that did not execute \"stayresident\" still receives the --event\n"
-    "events, then ends. The script is freed last of all.\n"
-    "\n"
-    "An error inside a user function is followed, under its source line, by the\n"
-    "calls that led there, innermost first:\n"
-    "    in FUNCTION, called at SCRIPT:LINE\n"
-    "\n"
-    "SIGINT or SIGTERM stops the script at its next statement (error 101) and\n"
-    "ends a resident script; a second one ends the process at once (status 130).\n"
-    "\n"
-    "exit status: 0 no error reported, 1 at least one error reported (a budget\n"
-    "or a stop included), 2 the script could not be loaded, 64 bad command line,\n"
-    "130 a second signal.\n";
 
 struct Options {
     ob::runner::OnError onError = ob::runner::OnError::Abort;
-    std::string script;
+    std::string script;                // a file, or "-" for standard input
+    std::string statements;            // the -e lines, each ended by a line feed
+    bool haveStatements = false;
+    std::vector<std::string> scriptArgs;
     std::vector<std::string> events;   // NAME[,ARG...] as given
     int residentTimeoutMs = -1;        // -1: until a signal
     // host control: 0 means unlimited
@@ -132,8 +82,12 @@ const BudgetOption kBudgetOptions[] = {
     {"--max-cells=", &Options::maxCells, false},
 };
 
+// A bad command line: what is wrong, the usage line and where to read more.
 int UsageError(const std::string& what) {
-    std::fprintf(stderr, "orvobasic: %s\n%s", what.c_str(), kUsage);
+    std::fprintf(stderr,
+                 "orvobasic: %s\nusage: orvobasic [options] SCRIPT [ARG...]\n"
+                 "Try 'orvobasic --help' for more information.\n",
+                 what.c_str());
     return kExitUsage;
 }
 
@@ -254,24 +208,32 @@ int ParseOption(int argc, char** argv, int& i, Options& options) {
     return UsageError(std::string("unknown option ") + arg);
 }
 
-// Parses the command line; returns -1 to go on, or an exit status.
-int ParseOptions(int argc, char** argv, Options& options) {
+// Parses the command line; returns -1 to go on, or an exit status. Options
+// come first; the script (a file, "-", or none after -e) ends them, and what
+// follows it belongs to the script.
+int ParseOptions(int argc, char** argv, Options& options, bool& interactive) {
     options.onError = isatty(STDIN_FILENO) ? ob::runner::OnError::Ask : ob::runner::OnError::Abort;
-    for (int i = 1; i < argc; ++i) {
+    int i = 1;
+    for (; i < argc; ++i) {
         const char* arg = argv[i];
-        if (std::strcmp(arg, "--") == 0 && i + 1 < argc && options.script.empty()) {
-            options.script = argv[++i];
+        if (std::strcmp(arg, "--") == 0) {
+            ++i;
+            break;
+        }
+        if (std::strcmp(arg, "-e") == 0) {
+            if (i + 1 >= argc) return UsageError("-e needs the statements to run");
+            options.statements += std::string(argv[++i]) + "\n";
+            options.haveStatements = true;
             continue;
         }
-        if (arg[0] == '-' && arg[1] != '\0') {
-            int status = ParseOption(argc, argv, i, options);
-            if (status >= 0) return status;
-            continue;
-        }
-        if (!options.script.empty()) return UsageError("only one script may be given");
-        options.script = arg;
+        if (arg[0] != '-' || arg[1] == '\0') break;   // the script, or "-"
+        int status = ParseOption(argc, argv, i, options);
+        if (status >= 0) return status;
     }
-    if (options.script.empty()) return UsageError("no script given");
+    if (!options.haveStatements && i < argc) options.script = argv[i++];
+    for (; i < argc; ++i) options.scriptArgs.emplace_back(argv[i]);
+    interactive = !options.haveStatements && options.script.empty();
+    if (interactive && !isatty(STDIN_FILENO)) return UsageError("no script given");
     return -1;
 }
 
@@ -392,12 +354,36 @@ extern "C" int32_t TraceLine(OB_HANDLE, const char* path, int32_t line, int32_t,
     return OB_CONTINUE;
 }
 
+// The whole of standard input, for "-".
+std::string ReadStandardInput() {
+    std::string bytes;
+    char chunk[65536];
+    size_t n;
+    while ((n = std::fread(chunk, 1, sizeof chunk, stdin)) > 0) bytes.append(chunk, n);
+    return bytes;
+}
+
+// Loads and runs what the command line names: a file, standard input or -e.
+bool LoadAndRun(OB_HANDLE script, const Options& options) {
+    if (options.haveStatements)
+        return OB_RunScriptText(script, "-e", options.statements.data(),
+                                static_cast<int32_t>(options.statements.size())) != 0;
+    if (options.script == "-") {
+        std::string bytes = ReadStandardInput();
+        return OB_RunScriptText(script, "-", bytes.data(), static_cast<int32_t>(bytes.size())) != 0;
+    }
+    return OB_RunScriptUtf8(script, options.script.c_str()) != 0;
+}
+
 // Hands the command line's budgets, capabilities and trace to the interpreter.
 void ApplyControls(OB_HANDLE script, const Options& options) {
     int32_t depth = static_cast<int32_t>(std::min<uint64_t>(options.maxDepth, INT32_MAX));
     OB_SetBudgets(script, options.maxSteps, options.timeoutMs, depth, options.maxCells);
     OB_SetCapabilities(script, options.allowed);
     if (options.trace) OB_SetLineHook(script, TraceLine, nullptr);
+    std::vector<const char*> args;
+    for (const std::string& arg : options.scriptArgs) args.push_back(arg.c_str());
+    OB_SetScriptArgumentsUtf8(script, static_cast<int32_t>(args.size()), args.data());
 }
 
 // Runs the script, its command-line events and its resident life; false when
@@ -405,7 +391,7 @@ void ApplyControls(OB_HANDLE script, const Options& options) {
 bool RunScript(OB_HANDLE script, const Options& options) {
     SignalGuard signals;
     g_running.store(script);
-    bool loaded = OB_RunScriptUtf8(script, options.script.c_str()) != 0;
+    bool loaded = LoadAndRun(script, options);
     if (loaded) {
         for (const std::string& event : options.events)
             if (!RunEnded(script)) SendCommandLineEvent(event);
@@ -419,8 +405,10 @@ bool RunScript(OB_HANDLE script, const Options& options) {
 
 int main(int argc, char** argv) {
     Options options;
-    int status = ParseOptions(argc, argv, options);
+    bool interactive = false;
+    int status = ParseOptions(argc, argv, options, interactive);
     if (status >= 0) return status;
+    if (interactive) options.onError = ob::runner::OnError::Continue;
 
     ob::runner::ConsoleDesktop desktop(options.onError);
     ob::ui::SetDesktop(&desktop);
@@ -428,10 +416,11 @@ int main(int argc, char** argv) {
     bool loaded = false;
     if (script) {
         ApplyControls(script, options);
-        loaded = RunScript(script, options);
+        loaded = interactive ? (ob::runner::RunInteractive(script), true) : RunScript(script, options);
         OB_FreeScript(script);
     }
     ob::ui::SetDesktop(nullptr);
     if (!loaded) return kExitNotLoaded;
+    if (interactive) return kExitOk;   // errors were shown and the session went on
     return desktop.ErrorCount() > 0 ? kExitScriptErrors : kExitOk;
 }
