@@ -8,6 +8,7 @@
 #include "io/FileSlots.h"
 #include "platform/CodePage.h"
 #include "platform/LargeStack.h"
+#include "ui/ScriptDialog.h"
 #include "values/Maps.h"
 #include "values/UserTypes.h"
 
@@ -24,7 +25,8 @@ COrvoBasic::COrvoBasic()
       m_maps(std::make_unique<CMapDirectory>()),
       m_events(std::make_unique<CEventTable>()),
       m_fileSlots(std::make_unique<CFileSlotTable>()),
-      m_dataFiles(std::make_unique<CDataFileTable>()) {
+      m_dataFiles(std::make_unique<CDataFileTable>()),
+      m_dialogs(std::make_unique<CDialogState>()) {
     BuildCommandTable();
     BuildFunctionTable();
     BuildKeywordTable();
@@ -51,6 +53,7 @@ COrvoBasic::~COrvoBasic() {
     EventsFree();
     FileCloseAll();
     FileFormatCloseAll();
+    GDIObjectsFree();
     --m_nNumberOfCopies;
 }
 
@@ -223,7 +226,7 @@ const StatementEntry kStatements[] = {
     {CMD_FUNCTION, [](COrvoBasic& b) { b.ReportError(28); return false; }},
     {CMD_SUB, [](COrvoBasic& b) { b.ReportError(28); return false; }},
     {CMD_DECLARE, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
-    {CMD_DIALOG, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
+    {CMD_DIALOG, [](COrvoBasic& b) { return b.ExecDialog(); }},
     {CMD_INCLUDE, [](COrvoBasic& b) { return b.ExecCommandStatement(); }},
     {CMD_LIBRARY, [](COrvoBasic& b) { return b.ExecCommandStatement(); }},
     {CMD_REM, [](COrvoBasic& b) { return b.ExecCommandStatement(); }},
@@ -238,15 +241,15 @@ const StatementEntry kStatements[] = {
     {CMD_EVENT, [](COrvoBasic& b) { return b.ExecEvent(); }},
     {CMD_THROW, [](COrvoBasic& b) { return b.ExecThrow(); }},
     {CMD_WATCH, [](COrvoBasic& b) { return b.ExecWatch(); }},
-    {CMD_CLOSEDIALOG, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
-    {CMD_ALTER, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
+    {CMD_CLOSEDIALOG, [](COrvoBasic& b) { return b.ExecCloseDialog(); }},
+    {CMD_ALTER, [](COrvoBasic& b) { return b.ExecAlterControl(); }},
     {CMD_GLOBAL, [](COrvoBasic& b) { return b.ExecDim(true); }},
     {CMD_STAYRESIDENT, [](COrvoBasic& b) { b.SetResident(); return true; }},
     {CMD_PLAYSOUND, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
     {CMD_TIMERSTART, [](COrvoBasic& b) { return b.ExecTimerStart(); }},
     {CMD_TIMERSTOP, [](COrvoBasic& b) { return b.ExecTimerStop(); }},
-    {CMD_SETFOCUS, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
-    {CMD_PROPERTYSHEET, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
+    {CMD_SETFOCUS, [](COrvoBasic& b) { return b.ExecSetFocus(); }},
+    {CMD_PROPERTYSHEET, [](COrvoBasic& b) { return b.ExecPropertySheet(); }},
 };
 
 // The dispatch table indexed by command value, built once from the list above.

@@ -127,7 +127,7 @@ bool COrvoBasic::StatementAllowed(COMMAND_TYPE command) {
     for (const auto& entry : kStatementCapabilities)
         if (entry.command == command && !IsAllowed(entry.capability)) {
             ReportError(40);
-            FindEOL();
+            SkipDeniedStatement(command);
             return false;
         }
     return true;

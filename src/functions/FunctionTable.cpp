@@ -51,7 +51,7 @@ const BuiltIn kBuiltIns[] = {
     {u"getwindowhandle", FT_GETWINDOWHANDLE, nullptr}, {u"copydata", FT_COPYDATA, nullptr},
     {u"pointoffset", FT_POINTOFFSET, nullptr}, {u"sendmessage", FT_SENDMESSAGE, nullptr},
     {u"popupmenu", FT_POPUPMENU, nullptr}, {u"ask", FT_ASK, nullptr},
-    {u"findfiles", FT_FINDFILES, &B::ExecFindFiles}, {u"controlvalue", FT_CONTROLVALUE, nullptr},
+    {u"findfiles", FT_FINDFILES, &B::ExecFindFiles}, {u"controlvalue", FT_CONTROLVALUE, &B::ExecGetControlValue},
     {u"dbfopen", FT_DBFOPEN, &B::ExecDBFOperation}, {u"dbfcreate", FT_DBFCREATE, &B::ExecDBFOperation},
     {u"dbfclose", FT_DBFCLOSE, &B::ExecDBFOperation},
     {u"dbfnumrecords", FT_DBFNUMRECORDS, &B::ExecDBFOperation},
