@@ -107,7 +107,8 @@ public:
     virtual void SetFont(WindowHandle window, const FontDescription& font);
 
     // Action scripts: what a person does in the in-memory dialogs, one
-    // action per line (see the README). Loading replaces the actions left;
+    // action per line (see the README). Loading replaces the actions left
+    // and clears an earlier failure;
     // `name` is what notes and errors call the file. False, with the
     // reason in `error` ("NAME:LINE: ..."), when a line is malformed.
     bool LoadUiActions(const CString& text, const CString& name, CString& error);

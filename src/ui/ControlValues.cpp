@@ -6,6 +6,7 @@
 #include <orvobasic/desktop.h>
 
 #include <cmath>
+#include <cstdint>
 
 using namespace ob;
 

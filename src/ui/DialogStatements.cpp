@@ -220,7 +220,7 @@ bool COrvoBasic::ExecPropertySheet() {
     std::vector<ui::SheetPage> sources;
     for (const auto& page : pages)
         sources.push_back({page->templ->Bytes().data(), page->templ->Bytes().size(), page->page.get()});
-    CScriptWindow sheet;
+    CScriptSheet sheet(this);
     {
         ActiveGuard active(m_dialogs->active, &sheet);
         m_desktop->DoModalPropertySheet(caption, sources, sheet);

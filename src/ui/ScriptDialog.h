@@ -31,6 +31,16 @@ public:
     ui::WindowHandle m_hWnd = 0;
 };
 
+// A property sheet: only its window, and whether the script still runs.
+class CScriptSheet : public CScriptWindow {
+public:
+    explicit CScriptSheet(COrvoBasic* basic) : m_basic(basic) {}
+    bool Abandoned() const override { return m_basic->RunAbandoned(); }
+
+private:
+    COrvoBasic* m_basic;
+};
+
 // The events of a dialog or page: init and exit event names and the event
 // of each control that names one. An abort of the run inside an event
 // (the user refused to go on after an error) ends the window and is

@@ -3,6 +3,8 @@
 // cannot reach: huge templates, runs with no actions, failing actions.
 #include "HostTestUtil.h"
 
+#include <orvobasic/orvobasic.h>
+
 #include "ui/ActionScript.h"
 #include "ui/headless/Window.h"
 
@@ -196,6 +198,18 @@ TEST_F(DialogRun, The65535ControlLimit) {
     ASSERT_EQ(m_desktop.Errors().size(), 1u);
     EXPECT_NE(m_desktop.Errors()[0].find("Dialog creating error"), std::string::npos);
     EXPECT_EQ(m_desktop.Printed(), std::vector<std::string>{"went on"});
+}
+
+TEST_F(DialogRun, TheCApiLoadsActionsIntoTheCurrentDesktop) {
+    char error[16];
+    EXPECT_EQ(OB_SetUiActionsUtf8("ok\njump", "x.actions", error, sizeof error), 0);
+    EXPECT_STREQ(error, "x.actions:2: un");   // cut to the buffer
+    EXPECT_EQ(OB_LoadUiActionsFile(m_dir.Path("missing").c_str(), nullptr, 0), 0);
+    ASSERT_EQ(OB_SetUiActionsUtf8("click 9", "x.actions", nullptr, 0), 1);
+    Run("dialog \"D\", 0, 0, 10, 10\nenddialog\n");
+    EXPECT_EQ(OB_UiActionsFailed(), 1);
+    ASSERT_EQ(OB_SetUiActions(u"ok", u"y.actions", nullptr, 0), 1);   // a new file starts afresh
+    EXPECT_EQ(OB_UiActionsFailed(), 0);
 }
 
 }  // namespace

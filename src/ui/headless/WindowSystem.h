@@ -30,8 +30,11 @@ public:
     void SetFocus(WindowHandle window);
     void SetFont(WindowHandle window, const FontDescription& font);
 
+    // New actions start afresh: an earlier failure no longer ends every loop.
     bool LoadActions(const CString& text, const CString& name, CString& error) {
-        return m_actions.Load(text, name, error);
+        if (!m_actions.Load(text, name, error)) return false;
+        m_failed = false;
+        return true;
     }
     bool ActionsFailed() const { return m_failed; }
 
