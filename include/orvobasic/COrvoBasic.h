@@ -11,6 +11,7 @@
 
 #include <orvobasic/CBasicVariable.h>
 #include <orvobasic/CString.h>
+#include <orvobasic/dialogs.h>
 #include <orvobasic/export.h>
 #include <orvobasic/hostcontrol.h>
 
@@ -126,6 +127,8 @@ class CMapDirectory;
 class CEventTable;
 class CFileSlotTable;
 class CDataFileTable;
+struct CDialogState;
+struct CPropertyPageInfo;
 
 }  // namespace ob
 
@@ -405,6 +408,31 @@ public:
     ob::CFileSlotTable& FileSlots() { return *m_fileSlots; }
     ob::CDataFileTable& DataFiles() { return *m_dataFiles; }
 
+    // dialogs, property sheets and their controls
+    bool ExecControl(std::unique_ptr<uint16_t[]>& record, size_t& length, CString& handler, int& id);
+    bool ExecDialog();
+    bool ExecPropertySheet();
+    std::unique_ptr<ob::CPropertyPageInfo> ExecPropertyPage();
+    bool ExecCloseDialog();
+    bool ExecAlterControl();
+    bool ExecSetFocus();
+    bool ExecGetControlValue(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    // The control with this id in the innermost running dialog, or 0.
+    ob::ui::WindowHandle GetControlWindow(int id);
+    bool GetControlValue(ob::ui::WindowHandle control, CBasicVariable& result);
+    bool ExecControlValue(ob::ui::WindowHandle control, CArgArray& values);
+    bool ExecControlSelection(ob::ui::WindowHandle control, const CBasicVariable& value);
+    bool GDIObjectsFree();
+    // A denied statement: its line, or its whole block for the block statements.
+    void SkipDeniedStatement(ob::COMMAND_TYPE command);
+    ob::CDialogState& Dialogs() { return *m_dialogs; }
+    ob::ui::Desktop& Desktop() { return *m_desktop; }
+    // Errors from here on are reported at this text position (a line inside
+    // a block statement).
+    void SetStatementStart(uint32_t position) { m_stmtPos = position; }
+    // True once nothing more of the run may execute: halted, or asked to stop.
+    bool RunAbandoned() const;
+
     // current token (read by statement handlers)
     const CString& Token() const { return m_token; }
     ob::BASIC_TOKEN_TYPE TokenType() const { return m_tokenType; }
@@ -527,6 +555,7 @@ private:
     std::unique_ptr<ob::CEventTable> m_events;
     std::unique_ptr<ob::CFileSlotTable> m_fileSlots;
     std::unique_ptr<ob::CDataFileTable> m_dataFiles;
+    std::unique_ptr<ob::CDialogState> m_dialogs;
 
     // state
     CString m_lastError;

@@ -6,14 +6,17 @@
 #pragma once
 
 #include <orvobasic/CString.h>
+#include <orvobasic/dialogs.h>
 #include <orvobasic/export.h>
 #include <orvobasic/hostcontrol.h>
 
 #include <memory>
+#include <vector>
 
 namespace ob::ui {
 
 class MessageLoop;
+class WindowSystem;
 
 // A timer's tick: called from the message loop on the loop's thread with the
 // context and the id that SetTimer gave.
@@ -75,8 +78,52 @@ public:
     // Async-signal-safe, callable from any thread.
     virtual void QuitMessageLoop();
 
+    // Dialogs, property sheets and their controls. The defaults keep every
+    // window in memory with the state the real control keeps, and let an
+    // action script (below) play the user; a desktop with a window system
+    // overrides all of them together.
+
+    // Runs a modal dialog made from template bytes, reporting its window
+    // events to `sink` on this thread; returns the value given to EndDialog,
+    // or -1 when the template is refused (nothing was created).
+    virtual int DoModalDialog(const uint8_t* templ, size_t length, DialogSink& sink);
+    // Runs a modal property sheet with these pages; the sheet's own sink
+    // receives OnCreate and OnDestroy only. Returns as DoModalDialog.
+    virtual int DoModalPropertySheet(const CString& caption, const std::vector<SheetPage>& pages,
+                                     DialogSink& sheetSink);
+    // Makes the modal loop of a dialog or sheet return `result`.
+    virtual bool EndDialog(WindowHandle dialog, int result);
+    // The control with this id in a dialog or page; in a sheet, its own
+    // buttons first, then the controls of the current page, then of the
+    // other pages shown so far. 0 when there is none.
+    virtual WindowHandle GetDlgItem(WindowHandle dialog, int id);
+    virtual CString GetClassName(WindowHandle window);
+    virtual intptr_t SendMessage(WindowHandle window, unsigned message, uintptr_t wParam, intptr_t lParam);
+    virtual CString GetWindowText(WindowHandle window);
+    virtual void SetWindowText(WindowHandle window, const CString& text);
+    virtual void EnableWindow(WindowHandle window, bool enable);
+    virtual void ShowWindow(WindowHandle window, int command);
+    virtual void SetFocus(WindowHandle window);
+    virtual void SetFont(WindowHandle window, const FontDescription& font);
+
+    // Action scripts: what a person does in the in-memory dialogs, one
+    // action per line (see the README). Loading replaces the actions left
+    // and clears an earlier failure;
+    // `name` is what notes and errors call the file. False, with the
+    // reason in `error` ("NAME:LINE: ..."), when a line is malformed.
+    bool LoadUiActions(const CString& text, const CString& name, CString& error);
+    // True once an action failed (a missing control, another dialog than
+    // expected): every modal loop then ends at once.
+    bool UiActionsFailed() const;
+    // A one-line note about the actions (a dialog cancelled for want of
+    // actions, an action that failed); default: stderr.
+    virtual void UiNote(const CString& line);
+    // The text of a "snapshot" action; default: stdout.
+    virtual void UiOutput(const CString& text);
+
 private:
     std::unique_ptr<MessageLoop> m_loop;
+    std::unique_ptr<WindowSystem> m_windows;
 };
 
 // The process-wide desktop. SetDesktop(nullptr) restores the headless one.

@@ -301,6 +301,31 @@ typedef int32_t (*OB_LineHook)(OB_HANDLE script, const char* path, int32_t line,
  * for a handle that is not live. */
 OB_API void OB_SetLineHook(OB_HANDLE script, OB_LineHook hook, void* userData);
 
+/* ---- dialogs without a display ------------------------------------------
+ * The library's own desktop keeps dialogs and property sheets in memory and
+ * plays an action script in their modal loops: what a person would do, one
+ * action per line (type 100 "text", click 1, select 101 "item", wait-ms
+ * 200, snapshot, ok, cancel ...; the README lists them). A modal loop with
+ * no action left cancels its dialog and notes it on stderr, so a run never
+ * waits for a person. The actions belong to the process-wide desktop
+ * (ob::ui::GetDesktop): set them after installing a desktop of your own. */
+
+/* Loads the actions from `text`; `name` is how notes and errors call them
+ * ("NAME:LINE: ..."). Replaces the actions not played yet. Returns 1, or 0
+ * when a line is malformed: then the reason goes to `error` (cut to `size`
+ * units with a terminating zero; NULL or size 0 for none) and the actions
+ * left before stay. */
+OB_API int32_t OB_SetUiActions(const char16_t* text, const char16_t* name, char16_t* error, int32_t size);
+OB_API int32_t OB_SetUiActionsUtf8(const char* text, const char* name, char* error, int32_t size);
+/* Loads the actions from a UTF-8 text file, named by its path. Returns 0 with
+ * a reason when it cannot be read or a line is malformed. */
+OB_API int32_t OB_LoadUiActionsFile(const char* path, char* error, int32_t size);
+/* 1 once an action failed (it named a missing control, expected another
+ * dialog than the open one ...): the failure was noted on stderr with the
+ * action's file and line, every open dialog was cancelled and the script
+ * stopped. Else 0. */
+OB_API int32_t OB_UiActionsFailed(void);
+
 #ifdef __cplusplus
 }
 #endif

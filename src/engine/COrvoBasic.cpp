@@ -9,6 +9,7 @@
 #include "io/FileSlots.h"
 #include "platform/CodePage.h"
 #include "platform/LargeStack.h"
+#include "ui/ScriptDialog.h"
 #include "values/Maps.h"
 #include "values/UserTypes.h"
 
@@ -26,7 +27,8 @@ COrvoBasic::COrvoBasic()
       m_maps(std::make_unique<CMapDirectory>()),
       m_events(std::make_unique<CEventTable>()),
       m_fileSlots(std::make_unique<CFileSlotTable>()),
-      m_dataFiles(std::make_unique<CDataFileTable>()) {
+      m_dataFiles(std::make_unique<CDataFileTable>()),
+      m_dialogs(std::make_unique<CDialogState>()) {
     BuildCommandTable();
     BuildFunctionTable();
     BuildKeywordTable();
@@ -53,6 +55,7 @@ COrvoBasic::~COrvoBasic() {
     EventsFree();
     FileCloseAll();
     FileFormatCloseAll();
+    GDIObjectsFree();
     --m_nNumberOfCopies;
 }
 
@@ -238,7 +241,7 @@ const StatementEntry kStatements[] = {
     {CMD_FUNCTION, [](COrvoBasic& b) { b.ReportError(28); return false; }, kInside},
     {CMD_SUB, [](COrvoBasic& b) { b.ReportError(28); return false; }, kInside},
     {CMD_DECLARE, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kNative},
-    {CMD_DIALOG, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kDialogs},
+    {CMD_DIALOG, [](COrvoBasic& b) { return b.ExecDialog(); }, kDialogs},
     {CMD_INCLUDE, [](COrvoBasic& b) { return b.ExecCommandStatement(); }, kInside},
     {CMD_LIBRARY, [](COrvoBasic& b) { return b.ExecCommandStatement(); }, kInside},
     {CMD_REM, [](COrvoBasic& b) { return b.ExecCommandStatement(); }, kInside},
@@ -253,15 +256,15 @@ const StatementEntry kStatements[] = {
     {CMD_EVENT, [](COrvoBasic& b) { return b.ExecEvent(); }, kInside},
     {CMD_THROW, [](COrvoBasic& b) { return b.ExecThrow(); }, kInside},
     {CMD_WATCH, [](COrvoBasic& b) { return b.ExecWatch(); }, kInside},
-    {CMD_CLOSEDIALOG, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kDialogs},
-    {CMD_ALTER, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kDialogs},
+    {CMD_CLOSEDIALOG, [](COrvoBasic& b) { return b.ExecCloseDialog(); }, kDialogs},
+    {CMD_ALTER, [](COrvoBasic& b) { return b.ExecAlterControl(); }, kDialogs},
     {CMD_GLOBAL, [](COrvoBasic& b) { return b.ExecDim(true); }, kInside},
     {CMD_STAYRESIDENT, [](COrvoBasic& b) { b.SetResident(); return true; }, kInside},
     {CMD_PLAYSOUND, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kSound},
     {CMD_TIMERSTART, [](COrvoBasic& b) { return b.ExecTimerStart(); }, kInside},
     {CMD_TIMERSTOP, [](COrvoBasic& b) { return b.ExecTimerStop(); }, kInside},
-    {CMD_SETFOCUS, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kDialogs},
-    {CMD_PROPERTYSHEET, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kDialogs},
+    {CMD_SETFOCUS, [](COrvoBasic& b) { return b.ExecSetFocus(); }, kDialogs},
+    {CMD_PROPERTYSHEET, [](COrvoBasic& b) { return b.ExecPropertySheet(); }, kDialogs},
     {CMD_THEN, nullptr, kInside},
     {CMD_TO, nullptr, kInside},
     {CMD_EOL, nullptr, kInside},

@@ -90,12 +90,13 @@ bool COrvoBasic::StopRequestedAtJump() {
     return true;
 }
 
-// A denied statement reports error 40 and its line is skipped.
+// A denied statement reports error 40 and its line (a block statement: its
+// block) is skipped.
 bool COrvoBasic::StatementAllowed(COMMAND_TYPE command) {
     auto needed = StatementCapabilities(command);
     if (!needed || IsAllowed(*needed)) return true;
     ReportError(40);
-    FindEOL();
+    SkipDeniedStatement(command);
     return false;
 }
 

@@ -64,7 +64,7 @@ const BuiltIn kBuiltIns[] = {
     {u"pointoffset", FT_POINTOFFSET, nullptr, kInside}, {u"sendmessage", FT_SENDMESSAGE, nullptr, kDialogs},
     {u"popupmenu", FT_POPUPMENU, nullptr, kDialogs}, {u"ask", FT_ASK, nullptr, kDialogs},
     {u"findfiles", FT_FINDFILES, &B::ExecFindFiles, kFiles},
-    {u"controlvalue", FT_CONTROLVALUE, nullptr, kDialogs},
+    {u"controlvalue", FT_CONTROLVALUE, &B::ExecGetControlValue, kDialogs},
     {u"dbfopen", FT_DBFOPEN, &B::ExecDBFOperation, kFiles},
     {u"dbfcreate", FT_DBFCREATE, &B::ExecDBFOperation, kFiles},
     {u"dbfclose", FT_DBFCLOSE, &B::ExecDBFOperation, kFiles},

@@ -53,6 +53,7 @@ struct Options {
     uint64_t maxCells = 0;
     uint32_t allowed = OB_CAP_ALL;
     bool trace = false;
+    std::string uiActions;             // action file, empty for none
 };
 
 // The capability each --deny name stands for.
@@ -198,6 +199,15 @@ int ParseOption(int argc, char** argv, int& i, Options& options) {
         std::string eventText = arg[7] == '=' ? arg + 8 : (i + 1 < argc ? argv[++i] : "");
         if (eventText.empty() || eventText[0] == ',') return UsageError("--event needs NAME[,ARG...]");
         options.events.push_back(eventText);
+        return -1;
+    }
+    if (std::strcmp(arg, "--ui-actions") == 0 || std::strncmp(arg, "--ui-actions=", 13) == 0) {
+        options.uiActions = arg[12] == '=' ? arg + 13 : (i + 1 < argc ? argv[++i] : "");
+        if (options.uiActions.empty()) return UsageError("--ui-actions needs a file");
+        return -1;
+    }
+    if (std::strncmp(arg, "--ui=", 5) == 0) {
+        if (std::strcmp(arg + 5, "headless") != 0) return UsageError("--ui takes headless");
         return -1;
     }
     if (std::strncmp(arg, "--resident-timeout=", 19) == 0) {
@@ -412,6 +422,13 @@ int main(int argc, char** argv) {
 
     ob::runner::ConsoleDesktop desktop(options.onError);
     ob::ui::SetDesktop(&desktop);
+    if (!options.uiActions.empty()) {
+        char reason[1024];
+        if (!OB_LoadUiActionsFile(options.uiActions.c_str(), reason, sizeof reason)) {
+            ob::ui::SetDesktop(nullptr);
+            return UsageError(reason);
+        }
+    }
     OB_HANDLE script = OB_CreateScript();
     bool loaded = false;
     if (script) {
@@ -422,5 +439,5 @@ int main(int argc, char** argv) {
     ob::ui::SetDesktop(nullptr);
     if (!loaded) return kExitNotLoaded;
     if (interactive) return kExitOk;   // errors were shown and the session went on
-    return desktop.ErrorCount() > 0 ? kExitScriptErrors : kExitOk;
+    return desktop.ErrorCount() > 0 || desktop.UiActionsFailed() ? kExitScriptErrors : kExitOk;
 }
