@@ -7,6 +7,7 @@
 #include "io/DataFileTable.h"
 #include "io/FileSlots.h"
 #include "platform/CodePage.h"
+#include "platform/DynamicLibrary.h"
 #include "platform/LargeStack.h"
 #include "values/Maps.h"
 #include "values/UserTypes.h"
@@ -24,7 +25,8 @@ COrvoBasic::COrvoBasic()
       m_maps(std::make_unique<CMapDirectory>()),
       m_events(std::make_unique<CEventTable>()),
       m_fileSlots(std::make_unique<CFileSlotTable>()),
-      m_dataFiles(std::make_unique<CDataFileTable>()) {
+      m_dataFiles(std::make_unique<CDataFileTable>()),
+      m_libraries(std::make_unique<platform::CLibrarySet>()) {
     BuildCommandTable();
     BuildFunctionTable();
     BuildKeywordTable();
@@ -51,6 +53,7 @@ COrvoBasic::~COrvoBasic() {
     EventsFree();
     FileCloseAll();
     FileFormatCloseAll();
+    m_libraries.reset();   // after the descriptors whose entry points lie in them
     --m_nNumberOfCopies;
 }
 
@@ -222,7 +225,7 @@ const StatementEntry kStatements[] = {
     {CMD_DIM, [](COrvoBasic& b) { return b.ExecDim(false); }},
     {CMD_FUNCTION, [](COrvoBasic& b) { b.ReportError(28); return false; }},
     {CMD_SUB, [](COrvoBasic& b) { b.ReportError(28); return false; }},
-    {CMD_DECLARE, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
+    {CMD_DECLARE, [](COrvoBasic& b) { return b.ExecDeclare(); }},
     {CMD_DIALOG, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
     {CMD_INCLUDE, [](COrvoBasic& b) { return b.ExecCommandStatement(); }},
     {CMD_LIBRARY, [](COrvoBasic& b) { return b.ExecCommandStatement(); }},
