@@ -144,10 +144,11 @@ void CopyBack(COrvoBasic& b, const CNativeArguments& slots, const std::vector<CD
 
 bool COrvoBasic::ExecExternalFunction(const CFuncDesc& desc, CBasicVariable& result, CArgArray& args,
                                       const std::vector<CDeclaredArg>* sources) {
-    if (!desc.native || !IsAllowed(OB_CAP_NATIVE)) {
+    if (!desc.native) {   // not made by "declare"
         ReportError(21);
         return false;
     }
+    if (!CallAllowed(desc)) return false;
     if (int error = ResolveEntry(*m_libraries, desc)) {
         ReportError(error);
         return false;

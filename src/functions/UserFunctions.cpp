@@ -71,6 +71,7 @@ bool COrvoBasic::ExecUserFunction(const CString& name, CBasicVariable& result, C
         ReportError(21);
         return false;
     }
+    if (!CallAllowed(*desc)) return false;
     if (desc->type == FT_CUSTOM) return ExecCustomFunction(*desc, result, args);
     if (desc->type == FT_DECLARED) return ExecExternalFunction(*desc, result, args);
     if (desc->handler) return (this->*desc->handler)(result, args, desc->type);
