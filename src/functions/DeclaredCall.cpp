@@ -80,25 +80,6 @@ void ReadDeclaredArguments(COrvoBasic& b, CArgArray& args, std::vector<CDeclared
     b.putback();
 }
 
-}  // namespace
-
-bool COrvoBasic::ExecDeclaredCall(const CString& name, CBasicVariable& result) {
-    CArgArray args;
-    std::vector<CDeclaredArg> sources;
-    ReadDeclaredArguments(*this, args, sources);
-    if (m_halted) return false;
-    CString lower = name;
-    lower.MakeLower();
-    const CFuncDesc* desc = FindFuncDesc(lower);
-    if (!desc) {
-        ReportError(21);
-        return false;
-    }
-    return ExecExternalFunction(*desc, result, args, &sources);
-}
-
-namespace {
-
 // Resolves the declaration's entry point once: 25 when the library cannot
 // be opened, 26 when it lacks the entry; 0 on success.
 int ResolveEntry(platform::CLibrarySet& libraries, const CFuncDesc& desc) {
@@ -141,6 +122,21 @@ void CopyBack(COrvoBasic& b, const CNativeArguments& slots, const std::vector<CD
 }
 
 }  // namespace
+
+bool COrvoBasic::ExecDeclaredCall(const CString& name, CBasicVariable& result) {
+    CArgArray args;
+    std::vector<CDeclaredArg> sources;
+    ReadDeclaredArguments(*this, args, sources);
+    if (m_halted) return false;
+    CString lower = name;
+    lower.MakeLower();
+    const CFuncDesc* desc = FindFuncDesc(lower);
+    if (!desc) {
+        ReportError(21);
+        return false;
+    }
+    return ExecExternalFunction(*desc, result, args, &sources);
+}
 
 bool COrvoBasic::ExecExternalFunction(const CFuncDesc& desc, CBasicVariable& result, CArgArray& args,
                                       const std::vector<CDeclaredArg>* sources) {
