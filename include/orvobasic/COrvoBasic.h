@@ -129,8 +129,14 @@ class CFileSlotTable;
 class CDataFileTable;
 struct CDialogState;
 struct CPropertyPageInfo;
+class CNativeCall;
+struct CDeclaredArg;
 
 }  // namespace ob
+
+namespace ob::platform {
+class CLibrarySet;
+}
 
 class COrvoBasic;
 struct CFuncDesc;
@@ -160,6 +166,7 @@ struct CFuncDesc {
     std::vector<uint32_t> paramFlags;
     uint32_t returnFlags = 0;
     bool isSub = false;
+    std::shared_ptr<ob::CNativeCall> native;   // the call interface prepared from the flags
 };
 
 class OB_API COrvoBasic {
@@ -368,6 +375,20 @@ public:
     // The descriptor of a callable name (host table first), or null.
     const CFuncDesc* FindFuncDesc(const CString& lowerName) const;
 
+    // declared library functions
+    bool ExecDeclare();
+    // Flags of a type keyword in a declaration (1 char, 4 integer, 8 float
+    // and double, 0x1040 string, 0x1020 unicode); 0 for any other keyword.
+    static uint32_t GetReturnTypeDef(ob::KEYWORD_TYPE keyword);
+    // Calls a declared function. With `sources` (one per argument), arguments
+    // written as a bare variable get by-reference results back and record
+    // arguments travel as their buffers; without, nothing comes back.
+    bool ExecExternalFunction(const CFuncDesc& desc, CBasicVariable& result, CArgArray& args,
+                              const std::vector<ob::CDeclaredArg>* sources = nullptr);
+    // Reads the argument list of a call to declared function `name` (left at
+    // its closing ")") and calls it.
+    bool ExecDeclaredCall(const CString& name, CBasicVariable& result);
+
     // string, arithmetic and clock built-ins
     bool ExecStringOperation(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
     bool ExecArithmetics(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
@@ -556,6 +577,7 @@ private:
     std::unique_ptr<ob::CFileSlotTable> m_fileSlots;
     std::unique_ptr<ob::CDataFileTable> m_dataFiles;
     std::unique_ptr<ob::CDialogState> m_dialogs;
+    std::unique_ptr<ob::platform::CLibrarySet> m_libraries;   // opened by declared calls, kept open
 
     // state
     CString m_lastError;

@@ -8,6 +8,7 @@
 #include "io/DataFileTable.h"
 #include "io/FileSlots.h"
 #include "platform/CodePage.h"
+#include "platform/DynamicLibrary.h"
 #include "platform/LargeStack.h"
 #include "ui/ScriptDialog.h"
 #include "values/Maps.h"
@@ -28,7 +29,8 @@ COrvoBasic::COrvoBasic()
       m_events(std::make_unique<CEventTable>()),
       m_fileSlots(std::make_unique<CFileSlotTable>()),
       m_dataFiles(std::make_unique<CDataFileTable>()),
-      m_dialogs(std::make_unique<CDialogState>()) {
+      m_dialogs(std::make_unique<CDialogState>()),
+      m_libraries(std::make_unique<platform::CLibrarySet>()) {
     BuildCommandTable();
     BuildFunctionTable();
     BuildKeywordTable();
@@ -56,6 +58,7 @@ COrvoBasic::~COrvoBasic() {
     FileCloseAll();
     FileFormatCloseAll();
     GDIObjectsFree();
+    m_libraries.reset();   // after the descriptors whose entry points lie in them
     --m_nNumberOfCopies;
 }
 
@@ -240,7 +243,7 @@ const StatementEntry kStatements[] = {
     {CMD_DIM, [](COrvoBasic& b) { return b.ExecDim(false); }, kInside},
     {CMD_FUNCTION, [](COrvoBasic& b) { b.ReportError(28); return false; }, kInside},
     {CMD_SUB, [](COrvoBasic& b) { b.ReportError(28); return false; }, kInside},
-    {CMD_DECLARE, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kNative},
+    {CMD_DECLARE, [](COrvoBasic& b) { return b.ExecDeclare(); }, kNative},
     {CMD_DIALOG, [](COrvoBasic& b) { return b.ExecDialog(); }, kDialogs},
     {CMD_INCLUDE, [](COrvoBasic& b) { return b.ExecCommandStatement(); }, kInside},
     {CMD_LIBRARY, [](COrvoBasic& b) { return b.ExecCommandStatement(); }, kInside},

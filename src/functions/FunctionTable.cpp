@@ -194,6 +194,12 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
         get_token();   // the ")" the skipped list ends with
         return false;
     }
+    if (type == FT_DECLARED) {   // reads its own arguments: by-reference results need their names
+        ExecDeclaredCall(name, result);
+        get_token();
+        if (m_token != u")") ReportError(22);
+        return true;
+    }
     size_t bufferMark = m_argBuffers;
     CArgArray args;
     GetParamList(args);

@@ -73,10 +73,7 @@ bool COrvoBasic::ExecUserFunction(const CString& name, CBasicVariable& result, C
     }
     if (!CallAllowed(*desc)) return false;
     if (desc->type == FT_CUSTOM) return ExecCustomFunction(*desc, result, args);
-    if (desc->type == FT_DECLARED) {
-        ReportError(25);   // library calls are not part of this build
-        return false;
-    }
+    if (desc->type == FT_DECLARED) return ExecExternalFunction(*desc, result, args);
     if (desc->handler) return (this->*desc->handler)(result, args, desc->type);
     if (desc->type != FT_USER) {
         ReportError(21);
@@ -153,6 +150,11 @@ bool COrvoBasic::ExecCall() {
         return false;
     }
     CString name = m_token;
+    if (m_function == FT_DECLARED) {   // reads its own arguments: by-reference results need their names
+        CBasicVariable unused;
+        ExecDeclaredCall(name, unused);
+        return true;
+    }
     size_t bufferMark = m_argBuffers;
     CArgArray args;
     GetParamList(args);
