@@ -126,6 +126,8 @@ class CMapDirectory;
 class CEventTable;
 class CFileSlotTable;
 class CDataFileTable;
+class CSerialPort;
+class CSerialPortTable;
 
 }  // namespace ob
 
@@ -385,6 +387,16 @@ public:
     ob::CFileSlotTable& FileSlots() { return *m_fileSlots; }
     ob::CDataFileTable& DataFiles() { return *m_dataFiles; }
 
+    // serial ports, keyed by the low 16 bits of the port number
+    bool ExecComPortOperation(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    // Closes whatever port has the number, then stores `port`; true.
+    bool COMPortAdd(uint16_t key, std::unique_ptr<ob::CSerialPort> port);
+    ob::CSerialPort* COMPortFind(uint16_t key);
+    // Closes and removes the port; false when the number is unknown.
+    bool COMPortClose(uint16_t key);
+    bool COMPortCloseAll();
+    ob::CSerialPortTable& ComPorts() { return *m_comPorts; }
+
     // current token (read by statement handlers)
     const CString& Token() const { return m_token; }
     ob::BASIC_TOKEN_TYPE TokenType() const { return m_tokenType; }
@@ -501,6 +513,7 @@ private:
     std::unique_ptr<ob::CEventTable> m_events;
     std::unique_ptr<ob::CFileSlotTable> m_fileSlots;
     std::unique_ptr<ob::CDataFileTable> m_dataFiles;
+    std::unique_ptr<ob::CSerialPortTable> m_comPorts;
 
     // state
     CString m_lastError;

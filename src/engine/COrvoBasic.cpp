@@ -6,6 +6,7 @@
 #include "engine/EventTable.h"
 #include "io/DataFileTable.h"
 #include "io/FileSlots.h"
+#include "io/SerialPorts.h"
 #include "platform/CodePage.h"
 #include "platform/LargeStack.h"
 #include "values/Maps.h"
@@ -24,7 +25,8 @@ COrvoBasic::COrvoBasic()
       m_maps(std::make_unique<CMapDirectory>()),
       m_events(std::make_unique<CEventTable>()),
       m_fileSlots(std::make_unique<CFileSlotTable>()),
-      m_dataFiles(std::make_unique<CDataFileTable>()) {
+      m_dataFiles(std::make_unique<CDataFileTable>()),
+      m_comPorts(std::make_unique<CSerialPortTable>()) {
     BuildCommandTable();
     BuildFunctionTable();
     BuildKeywordTable();
@@ -51,6 +53,7 @@ COrvoBasic::~COrvoBasic() {
     EventsFree();
     FileCloseAll();
     FileFormatCloseAll();
+    COMPortCloseAll();
     --m_nNumberOfCopies;
 }
 

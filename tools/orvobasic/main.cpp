@@ -25,6 +25,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -74,6 +75,11 @@ const char kUsage[] =
     "  --sandbox      deny everything that reaches outside the process (all of\n"
     "                 the above)\n"
     "  --trace        before each statement, write SCRIPT:LINE: trace to stderr\n"
+    "  --com N=PATH   serial port N of the script is the device PATH (default:\n"
+    "                 /dev/ttyS(N-1)); a PATH without \"/\" is under /dev/.\n"
+    "                 Repeatable. Also --com=N=PATH. A port whose device cannot\n"
+    "                 be opened or set up is reported on stderr as\n"
+    "                 orvobasic: COMN: PATH: REASON\n"
     "  --help         show this help and exit\n"
     "  --version      show the version and exit\n"
     "\n"
@@ -103,6 +109,7 @@ struct Options {
     uint64_t maxCells = 0;
     uint32_t allowed = OB_CAP_ALL;
     bool trace = false;
+    std::vector<std::pair<int32_t, std::string>> comPorts;   // --com N=PATH
 };
 
 // The capability each --deny name stands for.
@@ -218,6 +225,17 @@ int ParseControlOption(const char* arg, Options& options) {
     return -2;
 }
 
+// "N=PATH" of --com: N from 1, PATH not empty.
+int ParseComOption(const std::string& text, Options& options) {
+    size_t equals = text.find('=');
+    uint64_t port = 0;
+    if (equals == std::string::npos || equals + 1 == text.size() ||
+        !ParseCount(text.substr(0, equals).c_str(), port) || port < 1 || port > INT32_MAX)
+        return UsageError("--com needs N=PATH with a port number N from 1");
+    options.comPorts.emplace_back(static_cast<int32_t>(port), text.substr(equals + 1));
+    return -1;
+}
+
 // Handles one option; returns -1 to go on, or an exit status. `i` advances
 // past an option's separate value.
 int ParseOption(int argc, char** argv, int& i, Options& options) {
@@ -246,6 +264,8 @@ int ParseOption(int argc, char** argv, int& i, Options& options) {
         options.events.push_back(eventText);
         return -1;
     }
+    if (std::strcmp(arg, "--com") == 0 || std::strncmp(arg, "--com=", 6) == 0)
+        return ParseComOption(arg[5] == '=' ? arg + 6 : (i + 1 < argc ? argv[++i] : ""), options);
     if (std::strncmp(arg, "--resident-timeout=", 19) == 0) {
         if (!ParseSeconds(arg + 19, options.residentTimeoutMs))
             return UsageError("--resident-timeout takes a number of seconds");
@@ -392,12 +412,20 @@ extern "C" int32_t TraceLine(OB_HANDLE, const char* path, int32_t line, int32_t,
     return OB_CONTINUE;
 }
 
+// A serial port that failed: which one, its device and why.
+extern "C" void ReportComPort(OB_HANDLE, int32_t port, const char* status, void*) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "orvobasic: COM%d: %s\n", static_cast<int>(port), status);
+}
+
 // Hands the command line's budgets, capabilities and trace to the interpreter.
 void ApplyControls(OB_HANDLE script, const Options& options) {
     int32_t depth = static_cast<int32_t>(std::min<uint64_t>(options.maxDepth, INT32_MAX));
     OB_SetBudgets(script, options.maxSteps, options.timeoutMs, depth, options.maxCells);
     OB_SetCapabilities(script, options.allowed);
     if (options.trace) OB_SetLineHook(script, TraceLine, nullptr);
+    for (const auto& [port, path] : options.comPorts) OB_SetComPortPath(port, path.c_str());
+    OB_SetComPortStatusHandler(script, ReportComPort, nullptr);
 }
 
 // Runs the script, its command-line events and its resident life; false when
