@@ -13,11 +13,14 @@
 #include <gtest/gtest.h>
 
 #include <poll.h>
+#include <sys/wait.h>
 #include <pty.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdio>
+#include <utility>
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -437,4 +440,35 @@ TEST_F(SerialPortTest, MissingArgumentsAreError24AndDeniedPortsError21) {
     m_basic->ExecuteProgram(m_dir.WPath("denied.bas"));
     EXPECT_EQ(m_desktop.errors, std::vector<int> {21});
     EXPECT_EQ(OpenDescriptors(), before);
+}
+
+namespace {
+
+// Runs the command-line runner with `options` on a one-line script; stdout
+// and stderr together, and the exit status.
+std::pair<std::string, int> RunRunner(const std::string& options, const std::string& script) {
+    ob::test::TempDir dir;
+    std::string path = dir.Write("s.bas", script);
+    std::string command = std::string(OB_BUILD_DIR) + "/orvobasic --on-error=continue " + options + " " + path + " 2>&1";
+    std::string output;
+    FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe) return {"", -1};
+    char buffer[512];
+    while (size_t n = fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, n);
+    int status = pclose(pipe);
+    return {output, WIFEXITED(status) ? WEXITSTATUS(status) : -1};
+}
+
+}  // namespace
+
+TEST(SerialRunnerTest, ComOptionMapsPortsAndFailuresNameTheDevice) {
+    auto [output, status] = RunRunner("--com 4=ob-none --com=5=/dev/ob-nothing",
+                                      "a = comportopen(4)\nb = comportopen(5)\nprint a\n");
+    EXPECT_EQ(status, 0);   // the language reports no error for an unopened port
+    EXPECT_EQ(output,
+              "orvobasic: COM4: /dev/ob-none: No such file or directory\n"
+              "orvobasic: COM5: /dev/ob-nothing: No such file or directory\n"
+              "True\n");
+    for (const char* bad : {"--com 0=/dev/ttyS0", "--com 4", "--com 4=", "--com x=/dev/ttyS0"})
+        EXPECT_EQ(RunRunner(bad, "print 1\n").second, 64) << bad;
 }
