@@ -9,3 +9,8 @@ x = comportopen()                       # expect error 24
 x = comportwrite(5)                     # expect error 24
 x = comportclose()                      # expect error 24
 print "still running"                   # expect: still running
+# the same after a port was opened and closed
+x = comportopen(6)
+print comportclose(6)                   # expect: True
+print len(comportread(6))               # expect: 0
+print len(comportwrite(6, "x"))         # expect: 0
