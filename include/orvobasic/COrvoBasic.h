@@ -131,6 +131,8 @@ struct CDialogState;
 struct CPropertyPageInfo;
 class CNativeCall;
 struct CDeclaredArg;
+class CSerialPort;
+class CSerialPortTable;
 
 }  // namespace ob
 
@@ -453,6 +455,15 @@ public:
     void SetStatementStart(uint32_t position) { m_stmtPos = position; }
     // True once nothing more of the run may execute: halted, or asked to stop.
     bool RunAbandoned() const;
+    // serial ports, keyed by the low 16 bits of the port number
+    bool ExecComPortOperation(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    // Closes whatever port has the number, then stores `port`; true.
+    bool COMPortAdd(uint16_t key, std::unique_ptr<ob::CSerialPort> port);
+    ob::CSerialPort* COMPortFind(uint16_t key);
+    // Closes and removes the port; false when the number is unknown.
+    bool COMPortClose(uint16_t key);
+    bool COMPortCloseAll();
+    ob::CSerialPortTable& ComPorts() { return *m_comPorts; }
 
     // current token (read by statement handlers)
     const CString& Token() const { return m_token; }
@@ -578,6 +589,7 @@ private:
     std::unique_ptr<ob::CDataFileTable> m_dataFiles;
     std::unique_ptr<ob::CDialogState> m_dialogs;
     std::unique_ptr<ob::platform::CLibrarySet> m_libraries;   // opened by declared calls, kept open
+    std::unique_ptr<ob::CSerialPortTable> m_comPorts;
 
     // state
     CString m_lastError;

@@ -325,6 +325,33 @@ OB_API int32_t OB_LoadUiActionsFile(const char* path, char* error, int32_t size)
  * action's file and line, every open dialog was cancelled and the script
  * stopped. Else 0. */
 OB_API int32_t OB_UiActionsFailed(void);
+/* ---- serial ports ---------------------------------------------------------
+ * A script's port n ("comportopen"(n, ...)) is the device /dev/ttyS(n-1)
+ * unless the host maps n to another device. */
+
+/* Maps port `port` (1 or more) to the device `path` (UTF-8) for every script
+ * of the process, from their next "comportopen" on. A path without "/" names
+ * a device under /dev/ ("ttyUSB0"); NULL or "" removes the mapping. Returns
+ * 1, or 0 for a port below 1. Safe from any thread. */
+OB_API int32_t OB_SetComPortPath(int32_t port, const char* path);
+
+/* Called on the script's thread when one of its ports fails: the device
+ * could not be opened, the line refused the settings, or a write or close
+ * failed. `status` (UTF-8, valid during the call) names the device path and
+ * the reason, e.g. "/dev/ttyS7: No such file or directory". The script
+ * itself is told nothing more than the language says: "comportopen" still
+ * answers true, and reads and writes on an unopened port leave their results
+ * unset. The handler must not free or run the script. */
+typedef void (*OB_ComPortStatusHandler)(OB_HANDLE script, int32_t port, const char* status, void* userData);
+
+/* Sets the script's port status handler; NULL removes it. Does nothing for
+ * a handle that is not live. */
+OB_API void OB_SetComPortStatusHandler(OB_HANDLE script, OB_ComPortStatusHandler handler, void* userData);
+
+/* The status text (UTF-8) of the script's port `port`, as passed to the
+ * status handler: "" when the port works or is not in the script's table.
+ * Buffer and result as OB_GetLastErrorUtf8. */
+OB_API int32_t OB_GetComPortStatusUtf8(OB_HANDLE script, int32_t port, char* buffer, int32_t size);
 
 #ifdef __cplusplus
 }

@@ -7,6 +7,7 @@
 #include "engine/EventTable.h"
 #include "io/DataFileTable.h"
 #include "io/FileSlots.h"
+#include "io/SerialPorts.h"
 #include "platform/CodePage.h"
 #include "platform/DynamicLibrary.h"
 #include "platform/LargeStack.h"
@@ -30,7 +31,8 @@ COrvoBasic::COrvoBasic()
       m_fileSlots(std::make_unique<CFileSlotTable>()),
       m_dataFiles(std::make_unique<CDataFileTable>()),
       m_dialogs(std::make_unique<CDialogState>()),
-      m_libraries(std::make_unique<platform::CLibrarySet>()) {
+      m_libraries(std::make_unique<platform::CLibrarySet>()),
+      m_comPorts(std::make_unique<CSerialPortTable>()) {
     BuildCommandTable();
     BuildFunctionTable();
     BuildKeywordTable();
@@ -59,6 +61,7 @@ COrvoBasic::~COrvoBasic() {
     FileFormatCloseAll();
     GDIObjectsFree();
     m_libraries.reset();   // after the descriptors whose entry points lie in them
+    COMPortCloseAll();
     --m_nNumberOfCopies;
 }
 

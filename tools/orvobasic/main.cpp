@@ -27,6 +27,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -54,6 +55,7 @@ struct Options {
     uint32_t allowed = OB_CAP_ALL;
     bool trace = false;
     std::string uiActions;             // action file, empty for none
+    std::vector<std::pair<int32_t, std::string>> comPorts;   // --com N=PATH
 };
 
 // The capability each --deny name stands for.
@@ -173,6 +175,17 @@ int ParseControlOption(const char* arg, Options& options) {
     return -2;
 }
 
+// "N=PATH" of --com: N from 1, PATH not empty.
+int ParseComOption(const std::string& text, Options& options) {
+    size_t equals = text.find('=');
+    uint64_t port = 0;
+    if (equals == std::string::npos || equals + 1 == text.size() ||
+        !ParseCount(text.substr(0, equals).c_str(), port) || port < 1 || port > INT32_MAX)
+        return UsageError("--com needs N=PATH with a port number N from 1");
+    options.comPorts.emplace_back(static_cast<int32_t>(port), text.substr(equals + 1));
+    return -1;
+}
+
 // Handles one option; returns -1 to go on, or an exit status. `i` advances
 // past an option's separate value.
 int ParseOption(int argc, char** argv, int& i, Options& options) {
@@ -210,6 +223,8 @@ int ParseOption(int argc, char** argv, int& i, Options& options) {
         if (std::strcmp(arg + 5, "headless") != 0) return UsageError("--ui takes headless");
         return -1;
     }
+    if (std::strcmp(arg, "--com") == 0 || std::strncmp(arg, "--com=", 6) == 0)
+        return ParseComOption(arg[5] == '=' ? arg + 6 : (i + 1 < argc ? argv[++i] : ""), options);
     if (std::strncmp(arg, "--resident-timeout=", 19) == 0) {
         if (!ParseSeconds(arg + 19, options.residentTimeoutMs))
             return UsageError("--resident-timeout takes a number of seconds");
@@ -385,6 +400,12 @@ bool LoadAndRun(OB_HANDLE script, const Options& options) {
     return OB_RunScriptUtf8(script, options.script.c_str()) != 0;
 }
 
+// A serial port that failed: which one, its device and why.
+extern "C" void ReportComPort(OB_HANDLE, int32_t port, const char* status, void*) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "orvobasic: COM%d: %s\n", static_cast<int>(port), status);
+}
+
 // Hands the command line's budgets, capabilities and trace to the interpreter.
 void ApplyControls(OB_HANDLE script, const Options& options) {
     int32_t depth = static_cast<int32_t>(std::min<uint64_t>(options.maxDepth, INT32_MAX));
@@ -394,6 +415,8 @@ void ApplyControls(OB_HANDLE script, const Options& options) {
     std::vector<const char*> args;
     for (const std::string& arg : options.scriptArgs) args.push_back(arg.c_str());
     OB_SetScriptArgumentsUtf8(script, static_cast<int32_t>(args.size()), args.data());
+    for (const auto& [port, path] : options.comPorts) OB_SetComPortPath(port, path.c_str());
+    OB_SetComPortStatusHandler(script, ReportComPort, nullptr);
 }
 
 // Runs the script, its command-line events and its resident life; false when
