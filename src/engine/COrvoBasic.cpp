@@ -4,6 +4,7 @@
 #include <orvobasic/desktop.h>
 
 #include "engine/EventTable.h"
+#include "engine/SourceMap.h"
 #include "io/DataFileTable.h"
 #include "io/FileSlots.h"
 #include "platform/CodePage.h"
@@ -20,7 +21,8 @@
 using namespace ob;
 
 COrvoBasic::COrvoBasic()
-    : m_types(std::make_unique<CUserTypes>()),
+    : m_sourceMap(std::make_unique<CSourceMap>()),
+      m_types(std::make_unique<CUserTypes>()),
       m_maps(std::make_unique<CMapDirectory>()),
       m_events(std::make_unique<CEventTable>()),
       m_fileSlots(std::make_unique<CFileSlotTable>()),
@@ -54,26 +56,6 @@ COrvoBasic::~COrvoBasic() {
     --m_nNumberOfCopies;
 }
 
-// Reads the whole file as 8-bit text (up to a first NUL byte) and appends one line feed.
-bool COrvoBasic::LoadFile(const CString& path) {
-    std::FILE* f = std::fopen(path.ToUtf8().c_str(), "rb");
-    if (!f) return false;
-    std::string bytes;
-    char chunk[65536];
-    size_t n;
-    while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0) bytes.append(chunk, n);
-    bool failed = std::ferror(f) != 0;
-    std::fclose(f);
-    if (failed) return false;
-    // The bytes are taken as one zero-terminated 8-bit string: a NUL byte ends the text.
-    size_t nul = bytes.find('\0');
-    if (nul != std::string::npos) bytes.resize(nul);
-    m_text.clear();
-    platform::AnsiToWide(bytes, m_text);
-    m_text.push_back(u'\n');
-    return true;
-}
-
 // Line starts of the program text, for error locations. A line ends at LF,
 // at CR LF, or at a lone CR.
 void COrvoBasic::BuildLineIndex() {
@@ -104,6 +86,7 @@ void COrvoBasic::SetProgramText(const CString& text) {
     m_text.push_back(u'\n');
     m_length = static_cast<uint32_t>(m_text.size());
     m_endIndex = m_length - 1;
+    m_sourceMap->Reset(m_scriptPath);
     BuildLineIndex();
     Rewind();
 }
@@ -116,20 +99,17 @@ bool COrvoBasic::ExecuteProgram(const CString& path) {
     m_halted = false;
     SetBudgets(m_budgets);   // budgets count from the start of the run
     m_stmtPos = 0;
-    if (!LoadFile(path)) {
-        try {
-            ReportError(17);
-        } catch (const ScriptAbort&) {
-        }
-        return false;
-    }
+    m_lineStarts.clear();
+    bool aborted = false;
+    if (!LoadSources(path, aborted)) return false;
     m_length = static_cast<uint32_t>(m_text.size());
     m_endIndex = m_length - 1;
     m_prevTokenType = DELIMITER;
     BuildLineIndex();
     // The run gets a stack of its own, so deep script recursion does not
     // depend on the host thread's stack.
-    platform::RunOnLargeStack([this] {
+    platform::RunOnLargeStack([this, aborted] {
+        if (aborted) return;
         try {
             LabelsScan();
             m_stop = false;

@@ -74,6 +74,11 @@ const char kUsage[] =
     "  --sandbox      deny everything that reaches outside the process (all of\n"
     "                 the above)\n"
     "  --trace        before each statement, write SCRIPT:LINE: trace to stderr\n"
+    "                 (SCRIPT: the file the statement stands in)\n"
+    "  --key-file=PATH\n"
+    "                 read and write encrypted scripts with the key in PATH (1 to\n"
+    "                 56 bytes; one final line end is not part of it) instead of\n"
+    "                 the built-in key. Also --key-file PATH.\n"
     "  --help         show this help and exit\n"
     "  --version      show the version and exit\n"
     "\n"
@@ -103,6 +108,7 @@ struct Options {
     uint64_t maxCells = 0;
     uint32_t allowed = OB_CAP_ALL;
     bool trace = false;
+    std::string keyFile;               // empty: the built-in key
 };
 
 // The capability each --deny name stands for.
@@ -244,6 +250,11 @@ int ParseOption(int argc, char** argv, int& i, Options& options) {
         std::string eventText = arg[7] == '=' ? arg + 8 : (i + 1 < argc ? argv[++i] : "");
         if (eventText.empty() || eventText[0] == ',') return UsageError("--event needs NAME[,ARG...]");
         options.events.push_back(eventText);
+        return -1;
+    }
+    if (std::strcmp(arg, "--key-file") == 0 || std::strncmp(arg, "--key-file=", 11) == 0) {
+        options.keyFile = arg[10] == '=' ? arg + 11 : (i + 1 < argc ? argv[++i] : "");
+        if (options.keyFile.empty()) return UsageError("--key-file needs a path");
         return -1;
     }
     if (std::strncmp(arg, "--resident-timeout=", 19) == 0) {
@@ -392,6 +403,26 @@ extern "C" int32_t TraceLine(OB_HANDLE, const char* path, int32_t line, int32_t,
     return OB_CONTINUE;
 }
 
+// Makes the key in `path` the key of encrypted scripts; returns -1 to go
+// on, or the usage status when the file cannot be read or holds no key.
+int ApplyKeyFile(const std::string& path) {
+    std::FILE* f = std::fopen(path.c_str(), "rb");
+    if (!f) return UsageError("--key-file: cannot read " + path);
+    std::string key;
+    char chunk[256];
+    size_t n;
+    while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0 && key.size() <= 4096) key.append(chunk, n);
+    std::fclose(f);
+    if (!key.empty() && key.back() == '\n') {
+        key.pop_back();
+        if (!key.empty() && key.back() == '\r') key.pop_back();
+    }
+    if (key.empty() || key.size() > 56 ||
+        !OB_SetScriptKey(reinterpret_cast<const uint8_t*>(key.data()), static_cast<int32_t>(key.size())))
+        return UsageError("--key-file: the key must be 1 to 56 bytes");
+    return -1;
+}
+
 // Hands the command line's budgets, capabilities and trace to the interpreter.
 void ApplyControls(OB_HANDLE script, const Options& options) {
     int32_t depth = static_cast<int32_t>(std::min<uint64_t>(options.maxDepth, INT32_MAX));
@@ -421,6 +452,7 @@ int main(int argc, char** argv) {
     Options options;
     int status = ParseOptions(argc, argv, options);
     if (status >= 0) return status;
+    if (!options.keyFile.empty() && (status = ApplyKeyFile(options.keyFile)) >= 0) return status;
 
     ob::runner::ConsoleDesktop desktop(options.onError);
     ob::ui::SetDesktop(&desktop);
