@@ -4,6 +4,7 @@
 #include <orvobasic/COrvoBasic.h>
 #include <orvobasic/sources.h>
 
+#include "engine/Capabilities.h"
 #include "engine/ScriptCipher.h"
 #include "engine/SourceLoader.h"
 
@@ -36,18 +37,19 @@ bool COrvoBasic::LoadSources(const CString& path, bool& aborted) {
 
 // Each "encrypt" statement writes the program, as merged, encrypted under
 // the script key, to its file (named like the files the script opens, so
-// relative to the current folder). A script that may not reach files gets
-// error 40 and nothing is written; a refused path is error 47, a failed
-// write error 53. None of these stops the program.
+// relative to the current folder). A script that may not do what the
+// statement table says "encrypt" needs writes nothing; the statement loop
+// reports error 40 when it meets the line, as for any denied statement. A
+// refused path is error 47, a failed write error 53. None of these stops
+// the program.
 void COrvoBasic::WriteEncryptedCopies(const std::vector<SourceRequest>& requests) {
-    if (requests.empty()) return;
+    if (requests.empty() || !IsAllowed(StatementCapabilities(CMD_ENCRYPT).value_or(OB_CAP_ALL))) return;
     std::string sealed;
     if (!EncryptScript(EncryptedCopySource(m_text), sealed)) sealed.clear();
     for (const SourceRequest& request : requests) {
         CString target = request.path;
         int error = 0;
-        if (!IsAllowed(OB_CAP_FILES)) error = 40;
-        else if (!ResolvePath(target)) error = 47;
+        if (!ResolvePath(target)) error = 47;
         else if (sealed.empty()) error = 53;
         if (!error) {
             std::FILE* f = std::fopen(target.ToUtf8().c_str(), "wb");
