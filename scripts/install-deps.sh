@@ -5,7 +5,7 @@
 set -euo pipefail
 
 # Every system package the build, the tests and the tools need. Add new ones here.
-PACKAGES="g++ make cmake ninja-build libgtest-dev libgmock-dev pkg-config python3 libffi-dev python3-dbfread locales libedit-dev"
+PACKAGES="g++ make cmake ninja-build libgtest-dev libgmock-dev pkg-config python3 libffi-dev python3-dbfread locales libedit-dev nettle-dev"
 
 # Prints the packages of $PACKAGES that dpkg does not report as installed.
 missing_packages() {

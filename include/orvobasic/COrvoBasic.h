@@ -133,6 +133,8 @@ class CNativeCall;
 struct CDeclaredArg;
 class CSerialPort;
 class CSerialPortTable;
+class CSourceMap;
+struct SourceRequest;
 
 }  // namespace ob
 
@@ -192,6 +194,10 @@ public:
     // Arguments for the script: when there is at least one, the run starts
     // with the global array ARGV holding them (ARGV[0] the first).
     void SetScriptArguments(std::vector<CString> arguments) { m_scriptArguments = std::move(arguments); }
+    // The script bytes handed over by ExecuteProgramText while they load; null otherwise.
+    const std::string* ScriptBytesInMemory() const { return m_sourceBytes; }
+    // A load error about a file, with the system's errno (0: none).
+    void ReportLoadErrorAbout(int id, const CString& file, const CString& subject, int osError);
     // Calls `visit` with each variable of the main program and each global
     // (name as the script writes it, the variable), in name order.
     void ForEachMainVariable(const std::function<void(const CString&, const CBasicVariable&)>& visit) const;
@@ -211,6 +217,12 @@ public:
     static CString LoadMessage(int id);
     // 1-based line of a text position.
     int LineOfPosition(uint32_t position) const;
+    // The file a text position was written in (the script, or a file it
+    // includes or uses as a library) and, in `line`, its 1-based line there.
+    const CString& LocateSource(uint32_t position, int& line) const;
+    // Reports an error met while loading the program, at `line` of `file`
+    // (0: the file as a whole); throws ob::ScriptAbort when the user cancels.
+    void ReportLoadError(int id, const CString& file, int line, const CString& sourceLine);
 
     // ---- registry and host interface ----
     static std::list<void*> m_List;
@@ -483,9 +495,11 @@ public:
     void SetArgBufferCount(size_t n) { m_argBuffers = n; }
 
 private:
-    bool LoadFile(const CString& path);
     void DecodeScript(const std::string& bytes, CString& out) const;
     void DefineScriptArguments();
+    bool LoadSources(const CString& path, bool& aborted);
+    void WriteEncryptedCopies(const std::vector<ob::SourceRequest>& requests);
+    void DeliverError(const CString& message);
     void ExecStatement();
     void DispatchStatement(ob::BASIC_TOKEN_TYPE type);
     void RunMainLoop();
@@ -569,6 +583,7 @@ private:
     uint32_t m_length = 0;
     uint32_t m_endIndex = 0;
     std::vector<uint32_t> m_lineStarts;
+    std::unique_ptr<ob::CSourceMap> m_sourceMap;   // text lines to the files they came from
     uint32_t m_stmtPos = 0;          // where the statement being executed began
 
     // tables
@@ -621,7 +636,7 @@ private:
     unsigned m_capabilities = OB_CAP_ALL;
     PathResolver m_pathResolver;
     LineHook m_lineHook;
-    std::vector<ob::CallFrame> m_callChain;
+    std::vector<ob::CallFrame> m_callChain;   // lines are text lines until an error record maps them
 
     // current token
     ob::COMMAND_TYPE m_command = ob::CMD_NONE;

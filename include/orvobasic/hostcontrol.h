@@ -57,14 +57,15 @@ namespace ob {
 struct CallFrame {
     CString function;   // the name as called
     int line = 0;       // line of the statement that made the call
+    CString script;     // the file that statement stands in
 };
 
 // Everything known about a reported error.
 struct ErrorRecord {
     int id = 0;                     // message number; 0 when the text could not be loaded
     CString message;                // message text alone
-    CString script;                 // script path as the host gave it
-    int line = 0;                   // 1-based line where the failing statement began; 0 before loading
+    CString script;                 // script path as the host gave it, or the included file's path
+    int line = 0;                   // 1-based line in `script` where the failing statement began; 0 before loading
     int column = 0;                 // 1-based column of that statement's first character
     CString sourceLine;             // that line, without its line end
     std::vector<CallFrame> calls;   // outermost call first; empty in the main program

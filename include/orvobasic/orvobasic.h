@@ -34,6 +34,7 @@
 
 #include <orvobasic/automation.h>
 #include <orvobasic/hostcontrol.h>
+#include <orvobasic/sources.h>
 
 #ifdef __cplusplus
 class COrvoBasic;
@@ -224,6 +225,8 @@ OB_API int32_t OB_GetRunResult(OB_HANDLE script);
 typedef struct OB_CallInfo {
     const char* function; /* the name as called, UTF-8 */
     int32_t line;         /* 1-based line of the statement that made the call */
+    const char* script;   /* the file that statement stands in, UTF-8: the script, or a file it
+                             includes or uses as a library */
 } OB_CallInfo;
 
 /* A reported error. The strings are UTF-8 and never NULL ("" when empty).
@@ -233,8 +236,11 @@ typedef struct OB_CallInfo {
 typedef struct OB_ErrorInfo {
     int32_t id;               /* message number (1..59, OB_ERR_*); 0 when its text is missing */
     const char* message;      /* message text alone */
-    const char* script;       /* script path as the host gave it */
-    int32_t line;             /* 1-based line where the failing statement began; 0 before loading */
+    const char* script;       /* script path as the host gave it; for a statement in an included or
+                                 library file, that file's path as the script named it, joined to
+                                 the folder of the file that named it */
+    int32_t line;             /* 1-based line where the failing statement began, in `script`; 0
+                                 before loading */
     int32_t column;           /* 1-based column of that statement's first character; 0 when line is 0 */
     const char* sourceLine;   /* that line's text without its line end */
     int32_t runResult;        /* OB_E_* when this report ends the run (OB_ERR_* ids), else OB_OK */
@@ -290,8 +296,9 @@ typedef int32_t (*OB_PathResolver)(OB_HANDLE script, const char* path, char* buf
 OB_API void OB_SetPathResolver(OB_HANDLE script, OB_PathResolver resolver, void* userData);
 
 /* Called on the host thread before each statement the script executes, with
- * the script path (UTF-8, valid during the call), the statement's 1-based
- * line and the scope level (1 in the main program, +1 per user-function
+ * the path of the file the statement stands in (the script, or an included
+ * or library file; UTF-8, valid during the call), the statement's 1-based
+ * line in that file and the scope level (1 in the main program, +1 per user-function
  * call). Return OB_CONTINUE to execute it, OB_ABORT to stop the run as
  * OB_RequestStop does. The hook must not free or run the script. */
 typedef int32_t (*OB_LineHook)(OB_HANDLE script, const char* path, int32_t line, int32_t level,

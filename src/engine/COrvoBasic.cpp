@@ -5,6 +5,7 @@
 
 #include "engine/Capabilities.h"
 #include "engine/EventTable.h"
+#include "engine/SourceMap.h"
 #include "io/DataFileTable.h"
 #include "io/FileSlots.h"
 #include "io/SerialPorts.h"
@@ -25,7 +26,8 @@
 using namespace ob;
 
 COrvoBasic::COrvoBasic()
-    : m_types(std::make_unique<CUserTypes>()),
+    : m_sourceMap(std::make_unique<CSourceMap>()),
+      m_types(std::make_unique<CUserTypes>()),
       m_maps(std::make_unique<CMapDirectory>()),
       m_events(std::make_unique<CEventTable>()),
       m_fileSlots(std::make_unique<CFileSlotTable>()),
@@ -65,28 +67,6 @@ COrvoBasic::~COrvoBasic() {
     --m_nNumberOfCopies;
 }
 
-// Reads the whole file as 8-bit text (up to a first NUL byte) and appends
-// one line feed. A script handed over from memory is taken from there.
-bool COrvoBasic::LoadFile(const CString& path) {
-    if (m_sourceBytes) {
-        m_text.clear();
-        DecodeScript(*m_sourceBytes, m_text);
-        return true;
-    }
-    std::FILE* f = std::fopen(path.ToUtf8().c_str(), "rb");
-    if (!f) return false;
-    std::string bytes;
-    char chunk[65536];
-    size_t n;
-    while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0) bytes.append(chunk, n);
-    bool failed = std::ferror(f) != 0;
-    std::fclose(f);
-    if (failed) return false;
-    m_text.clear();
-    DecodeScript(bytes, m_text);
-    return true;
-}
-
 // Script bytes as text, appended to `out` with one line feed after them.
 // The bytes are taken as one zero-terminated 8-bit string: a NUL byte ends the text.
 void COrvoBasic::DecodeScript(const std::string& bytes, CString& out) const {
@@ -124,6 +104,7 @@ void COrvoBasic::SetProgramText(const CString& text) {
     m_text.push_back(u'\n');
     m_length = static_cast<uint32_t>(m_text.size());
     m_endIndex = m_length - 1;
+    m_sourceMap->Reset(m_scriptPath);
     BuildLineIndex();
     Rewind();
 }
@@ -136,15 +117,9 @@ bool COrvoBasic::ExecuteProgram(const CString& path) {
     m_halted = false;
     SetBudgets(m_budgets);   // budgets count from the start of the run
     m_stmtPos = 0;
-    errno = 0;
-    if (!LoadFile(path)) {
-        int reason = errno;
-        try {
-            ReportErrorAbout(17, path, reason);
-        } catch (const ScriptAbort&) {
-        }
-        return false;
-    }
+    m_lineStarts.clear();
+    bool aborted = false;
+    if (!LoadSources(path, aborted)) return false;
     m_length = static_cast<uint32_t>(m_text.size());
     m_endIndex = m_length - 1;
     m_prevTokenType = DELIMITER;
@@ -152,7 +127,8 @@ bool COrvoBasic::ExecuteProgram(const CString& path) {
     DefineScriptArguments();
     // The run gets a stack of its own, so deep script recursion does not
     // depend on the host thread's stack.
-    platform::RunOnLargeStack([this] {
+    platform::RunOnLargeStack([this, aborted] {
+        if (aborted) return;
         try {
             LabelsScan();
             m_stop = false;

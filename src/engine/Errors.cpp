@@ -3,7 +3,10 @@
 #include <orvobasic/COrvoBasic.h>
 #include <orvobasic/desktop.h>
 
+#include <orvobasic/sources.h>
+
 #include "engine/Messages.h"
+#include "engine/SourceMap.h"
 
 using namespace ob;
 
@@ -19,6 +22,8 @@ CString HostControlMessage(int id) {
     case OB_ERR_TIMEOUT: return u"Time limit reached";
     case OB_ERR_DEPTH: return u"Call depth limit reached";
     case OB_ERR_MEMORY: return u"Variable limit reached";
+    case OB_ERR_INCLUDE_CYCLE: return u"Include cycle: a file includes itself, or includes nest too deeply";
+    case OB_ERR_ENCRYPTED_SCRIPT: return u"Encrypted script is damaged or was made with another key";
     default: return CString();
     }
 }
@@ -43,18 +48,24 @@ CString COrvoBasic::GetCurrentLine() {
     return CString();
 }
 
-// Where the statement being executed began, its line's text and the calls
-// that led there.
+const CString& COrvoBasic::LocateSource(uint32_t position, int& line) const {
+    SourceLocation location = m_sourceMap->Locate(m_text.empty() ? 0 : LineOfPosition(position));
+    line = location.line;
+    return location.file ? *location.file : m_scriptPath;
+}
+
+// Where the statement being executed began (the file it was written in and
+// its line there), the line's text and the calls that led there.
 void COrvoBasic::FillErrorRecord(int id, const CString& message) {
     ErrorRecord& r = m_lastErrorRecord;
     r.id = message.IsEmpty() ? 0 : id;
     r.message = message;
-    r.script = m_scriptPath;
-    r.line = m_text.empty() ? 0 : LineOfPosition(m_stmtPos);
+    int textLine = m_text.empty() ? 0 : LineOfPosition(m_stmtPos);
+    r.script = LocateSource(m_stmtPos, r.line);
     r.column = 0;
     r.sourceLine.clear();
-    if (r.line > 0) {
-        uint32_t begin = m_lineStarts[static_cast<size_t>(r.line - 1)];
+    if (textLine > 0) {
+        uint32_t begin = m_lineStarts[static_cast<size_t>(textLine - 1)];
         uint32_t end = begin;
         while (end < m_length && m_text[end] != u'\n' && m_text[end] != u'\r') ++end;
         r.sourceLine = CString(m_text.substr(begin, end - begin));
@@ -63,6 +74,11 @@ void COrvoBasic::FillErrorRecord(int id, const CString& message) {
         r.column = static_cast<int>(first - begin) + 1;
     }
     r.calls = m_callChain;
+    for (CallFrame& call : r.calls) {
+        SourceLocation location = m_sourceMap->Locate(call.line);
+        call.line = location.line;
+        call.script = location.file ? *location.file : m_scriptPath;
+    }
     r.runResult = id > kMessageCount ? m_runResult : OB_OK;
     AddDiagnostics(r);
 }
@@ -90,6 +106,48 @@ void COrvoBasic::ReportError(int id) {
     m_lastError += u'\n';
     m_lastError += GetCurrentLine();
     FillErrorRecord(id, message);
+    DeliverError(message);
+}
+
+// A load error has no statement: the record names the file and line given.
+void COrvoBasic::ReportLoadError(int id, const CString& file, int line, const CString& sourceLine) {
+    CString message = LoadMessage(id);
+    if (message.IsEmpty()) ui::GetDesktop().ResourceFallbackBox(kMissingMessageText);
+    m_lastError = message;
+    m_lastError += u'\n';
+    if (line > 0) m_lastError += sourceLine;
+    ErrorRecord& r = m_lastErrorRecord;
+    r = ErrorRecord{};
+    r.id = message.IsEmpty() ? 0 : id;
+    r.message = message;
+    r.script = file;
+    r.line = line;
+    if (line > 0) {
+        r.sourceLine = sourceLine;
+        size_t first = sourceLine.find_first_not_of(u" \t");
+        r.column = static_cast<int>(first == CString::npos ? sourceLine.size() : first) + 1;
+    }
+    AddDiagnostics(r);
+    DeliverError(message);
+}
+
+void COrvoBasic::ReportLoadErrorAbout(int id, const CString& file, const CString& subject, int osError) {
+    m_errorSubject = subject;
+    m_errorOsError = osError;
+    struct Clear {
+        COrvoBasic& b;
+        ~Clear() {
+            b.m_errorSubject.clear();
+            b.m_errorOsError = 0;
+        }
+    } clear{*this};
+    ReportLoadError(id, file, 0, CString());
+}
+
+// Hands the filled record to the host's handler or the desktop's error box;
+// throws ScriptAbort when the answer is to end the run.
+void COrvoBasic::DeliverError(const CString& message) {
+    ui::Desktop& desktop = ui::GetDesktop();
     if (m_errorHandler) {
         if (m_errorHandler(m_lastErrorRecord) == OB_ABORT) throw ScriptAbort{};
         return;
@@ -98,7 +156,7 @@ void COrvoBasic::ReportError(int id) {
     report.id = m_lastErrorRecord.id;
     report.message = message;
     report.text = m_lastError;
-    report.script = m_scriptPath;
+    report.script = m_lastErrorRecord.script;
     report.line = m_lastErrorRecord.line;
     report.sourceLine = m_lastErrorRecord.sourceLine;
     report.record = &m_lastErrorRecord;

@@ -171,8 +171,12 @@ public:
         : m_message(r.message.ToUtf8()), m_script(r.script.ToUtf8()), m_sourceLine(r.sourceLine.ToUtf8()),
           m_subject(r.subject.ToUtf8()), m_osReason(r.osReason.ToUtf8()), m_suggestion(r.suggestion.ToUtf8()),
           m_hint(r.hint.ToUtf8()) {
-        for (const ob::CallFrame& frame : r.calls) m_names.push_back(frame.function.ToUtf8());
-        for (size_t i = 0; i < r.calls.size(); ++i) m_calls.push_back({m_names[i].c_str(), r.calls[i].line});
+        for (const ob::CallFrame& frame : r.calls) {
+            m_names.push_back(frame.function.ToUtf8());
+            m_files.push_back(frame.script.ToUtf8());
+        }
+        for (size_t i = 0; i < r.calls.size(); ++i)
+            m_calls.push_back({m_names[i].c_str(), r.calls[i].line, m_files[i].c_str()});
         m_info = {r.id, m_message.c_str(), m_script.c_str(), r.line, r.column, m_sourceLine.c_str(),
                   r.runResult, static_cast<int32_t>(m_calls.size()), m_calls.empty() ? nullptr : m_calls.data(),
                   m_subject.c_str(), r.subjectColumn, m_osReason.c_str(), m_suggestion.c_str(), m_hint.c_str()};
@@ -184,7 +188,7 @@ public:
 
 private:
     std::string m_message, m_script, m_sourceLine, m_subject, m_osReason, m_suggestion, m_hint;
-    std::vector<std::string> m_names;
+    std::vector<std::string> m_names, m_files;
     std::vector<OB_CallInfo> m_calls;
     OB_ErrorInfo m_info{};
 };

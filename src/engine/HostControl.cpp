@@ -79,8 +79,11 @@ void COrvoBasic::HostChecks() {
         return EndRun(OB_E_TIMEOUT);
     if (m_budgets.maxCells && m_steps % kCellsEvery == 0 && CountCells() > m_budgets.maxCells)
         return EndRun(OB_E_MEMORY);
-    if (m_lineHook && m_lineHook(m_scriptPath, LineOfPosition(m_stmtPos), m_scopeLevel) == OB_ABORT)
-        return EndRun(OB_E_STOPPED);
+    if (m_lineHook) {
+        int line = 0;
+        const CString& file = LocateSource(m_stmtPos, line);
+        if (m_lineHook(file, line, m_scopeLevel) == OB_ABORT) return EndRun(OB_E_STOPPED);
+    }
 }
 
 // Checked where a loop or a call goes back or deeper.

@@ -123,7 +123,7 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
     CallScope scope{*this, m_stmtPos, m_exprDepth};
     m_exprDepth = 0;   // expression nesting is counted per function body
     ++m_callDepth;
-    m_callChain.push_back(CallFrame{name, LineOfPosition(scope.callerStatement)});
+    m_callChain.push_back(CallFrame{name, LineOfPosition(scope.callerStatement), {}});
     ++m_scopeLevel;
     PushPosition(m_pos);
     Rewind(static_cast<uint32_t>(bodyPosition));

@@ -6,6 +6,8 @@ A golden test is a .bas script whose expectations live in its own comments:
     print "hello"   # expect: hello        one line of stdout, in order
     goto nowhere    # expect error 7       error 7 reported on this line
     x = y + z       # expect error 37, 30  several errors on one line
+    # expect error 37 in parts/a.inc:3     an error reported in another file
+                                           (path relative to the script's folder)
     # args: --flag value                   extra runner arguments (shell-split)
     # exit: 1                              exit status (default: 1 if an error
                                            is expected, else 0)
@@ -50,6 +52,7 @@ SANITIZER_LINE = re.compile(r"^==\d+==ERROR: \w*Sanitizer|: runtime error: ")
 # Directives, matched at the start of a comment ("#" outside a string literal).
 EXPECT_OUTPUT = re.compile(r"^#\s*expect:(.*)$")
 EXPECT_ERROR = re.compile(r"^#\s*expect\s+error\s+(-?\d+(?:\s*,\s*-?\d+)*)\s*$")
+EXPECT_ERROR_IN = re.compile(r"^#\s*expect\s+error\s+(-?\d+)\s+in\s+(\S+):(\d+)\s*$")
 ARGS = re.compile(r"^#\s*args:(.*)$")
 EXIT = re.compile(r"^#\s*exit:\s*(-?\d+)\s*$")
 STDIN = re.compile(r"^#\s*stdin:(.*)$")
@@ -75,6 +78,7 @@ class Expectations:
     def __init__(self):
         self.stdout = []        # expected stdout lines, in order
         self.errors = []        # (line, number) pairs
+        self.file_errors = []   # (path relative to the script's folder, line, number)
         self.args = []          # extra runner arguments
         self.stdin = []         # lines fed to stdin
         self.exit = None        # explicit "# exit:" value, if any
@@ -86,7 +90,7 @@ class Expectations:
         """The status the runner must return: explicit, else 1 if errors expected."""
         if self.exit is not None:
             return self.exit
-        return 1 if self.errors else 0
+        return 1 if self.errors or self.file_errors else 0
 
 
 def directive_text(captured):
@@ -121,6 +125,10 @@ def parse_directive(comment, line_number, exp):
     if match:
         for number in match.group(1).split(","):
             exp.errors.append((line_number, int(number)))
+        return
+    match = EXPECT_ERROR_IN.match(comment)
+    if match:
+        exp.file_errors.append((match.group(2), int(match.group(3)), int(match.group(1))))
         return
     match = ARGS.match(comment)
     if match:
@@ -185,6 +193,31 @@ def parse_errors(stderr, script):
         key = (int(match.group(2)), int(match.group(3)))
         found[key].append((match.group(4) or "", source))
     return found
+
+
+def parse_file_errors(stderr, script):
+    """Error reports for files other than the script: {(relative path, line, N): count}."""
+    found = collections.Counter()
+    folder = os.path.dirname(script)
+    for line in stderr.split("\n"):
+        match = ERROR_LINE.match(line)
+        if match and match.group(1) != script:
+            path = os.path.relpath(match.group(1), folder)
+            found[(path, int(match.group(2)), int(match.group(3)))] += 1
+    return found
+
+
+def file_errors_report(exp, actual):
+    """Missing and unexpected errors in other files, only when the script expects some."""
+    if not exp.file_errors:
+        return []
+    expected = collections.Counter(exp.file_errors)
+    lines = []
+    for (path, line, number), count in sorted((expected - actual).items()):
+        lines += [f"  missing:    {path}:{line}: error {number}"] * count
+    for (path, line, number), count in sorted((actual - expected).items()):
+        lines += [f"  unexpected: {path}:{line}: error {number}"] * count
+    return ["errors in other files differ:"] + lines if lines else []
 
 
 class Run:
@@ -350,6 +383,7 @@ def check(runner, fixtures, path, extra_args=()):
     report += stdout_report(exp.stdout, split_output(run.stdout))
     report += errors_report(exp, parse_errors(run.stderr, script))
     report += files_report(exp.files, run.files)
+    report += file_errors_report(exp, parse_file_errors(run.stderr, script))
     stderr_lines = split_output(run.stderr)
     if sanitizer_start(stderr_lines) >= 0:
         report.append("a sanitizer reported a problem (see stderr)")

@@ -36,8 +36,11 @@ void ConsoleDesktop::PrintCallChain(const ob::ui::ErrorReport& report) {
     std::string script = report.script.ToUtf8();
     for (auto call = calls.rbegin(); call != calls.rend();) {
         auto same = call + 1;
-        while (same != calls.rend() && same->line == call->line && same->function == call->function) ++same;
-        std::fprintf(stderr, "    in %s, called at %s:%d\n", call->function.ToUtf8().c_str(), script.c_str(),
+        while (same != calls.rend() && same->line == call->line && same->function == call->function &&
+               same->script == call->script)
+            ++same;
+        std::string file = call->script.IsEmpty() ? script : call->script.ToUtf8();
+        std::fprintf(stderr, "    in %s, called at %s:%d\n", call->function.ToUtf8().c_str(), file.c_str(),
                      call->line);
         if (same - call > 1) std::fprintf(stderr, "    (the call above %ld more times)\n", long(same - call - 1));
         call = same;

@@ -56,6 +56,7 @@ struct Options {
     bool trace = false;
     std::string uiActions;             // action file, empty for none
     std::vector<std::pair<int32_t, std::string>> comPorts;   // --com N=PATH
+    std::string keyFile;               // empty: the built-in key
 };
 
 // The capability each --deny name stands for.
@@ -225,6 +226,11 @@ int ParseOption(int argc, char** argv, int& i, Options& options) {
     }
     if (std::strcmp(arg, "--com") == 0 || std::strncmp(arg, "--com=", 6) == 0)
         return ParseComOption(arg[5] == '=' ? arg + 6 : (i + 1 < argc ? argv[++i] : ""), options);
+    if (std::strcmp(arg, "--key-file") == 0 || std::strncmp(arg, "--key-file=", 11) == 0) {
+        options.keyFile = arg[10] == '=' ? arg + 11 : (i + 1 < argc ? argv[++i] : "");
+        if (options.keyFile.empty()) return UsageError("--key-file needs a path");
+        return -1;
+    }
     if (std::strncmp(arg, "--resident-timeout=", 19) == 0) {
         if (!ParseSeconds(arg + 19, options.residentTimeoutMs))
             return UsageError("--resident-timeout takes a number of seconds");
@@ -406,6 +412,26 @@ extern "C" void ReportComPort(OB_HANDLE, int32_t port, const char* status, void*
     std::fprintf(stderr, "orvobasic: COM%d: %s\n", static_cast<int>(port), status);
 }
 
+// Makes the key in `path` the key of encrypted scripts; returns -1 to go
+// on, or the usage status when the file cannot be read or holds no key.
+int ApplyKeyFile(const std::string& path) {
+    std::FILE* f = std::fopen(path.c_str(), "rb");
+    if (!f) return UsageError("--key-file: cannot read " + path);
+    std::string key;
+    char chunk[256];
+    size_t n;
+    while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0 && key.size() <= 4096) key.append(chunk, n);
+    std::fclose(f);
+    if (!key.empty() && key.back() == '\n') {
+        key.pop_back();
+        if (!key.empty() && key.back() == '\r') key.pop_back();
+    }
+    if (key.empty() || key.size() > 56 ||
+        !OB_SetScriptKey(reinterpret_cast<const uint8_t*>(key.data()), static_cast<int32_t>(key.size())))
+        return UsageError("--key-file: the key must be 1 to 56 bytes");
+    return -1;
+}
+
 // Hands the command line's budgets, capabilities and trace to the interpreter.
 void ApplyControls(OB_HANDLE script, const Options& options) {
     int32_t depth = static_cast<int32_t>(std::min<uint64_t>(options.maxDepth, INT32_MAX));
@@ -442,6 +468,7 @@ int main(int argc, char** argv) {
     int status = ParseOptions(argc, argv, options, interactive);
     if (status >= 0) return status;
     if (interactive) options.onError = ob::runner::OnError::Continue;
+    if (!options.keyFile.empty() && (status = ApplyKeyFile(options.keyFile)) >= 0) return status;
 
     ob::runner::ConsoleDesktop desktop(options.onError);
     ob::ui::SetDesktop(&desktop);
