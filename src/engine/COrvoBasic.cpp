@@ -30,6 +30,7 @@ COrvoBasic::COrvoBasic()
     BuildKeywordTable();
     m_scopeLevel = 1;
     m_desktop = &ui::GetDesktop();
+    ApplyHostDefaults();
     AddToNotifyList();
     ++m_nNumberOfCopies;
     CBasicVariable nothing;
@@ -54,7 +55,9 @@ COrvoBasic::~COrvoBasic() {
     --m_nNumberOfCopies;
 }
 
-// Reads the whole file as 8-bit text (up to a first NUL byte) and appends one line feed.
+// Reads the whole file as 8-bit text (up to a first NUL byte) and appends one
+// line feed. A file with the UTF-8 mark, or valid UTF-8 with a multi-byte
+// sequence, is UTF-8; any other in the interpreter's code page.
 bool COrvoBasic::LoadFile(const CString& path) {
     std::FILE* f = std::fopen(path.ToUtf8().c_str(), "rb");
     if (!f) return false;
@@ -69,7 +72,7 @@ bool COrvoBasic::LoadFile(const CString& path) {
     size_t nul = bytes.find('\0');
     if (nul != std::string::npos) bytes.resize(nul);
     m_text.clear();
-    platform::AnsiToWide(bytes, m_text);
+    platform::DecodeScriptText(bytes, m_codePage, m_text);
     m_text.push_back(u'\n');
     return true;
 }

@@ -3,6 +3,7 @@
 #include <orvobasic/COrvoBasic.h>
 #include <orvobasic/desktop.h>
 
+#include "engine/HostOutput.h"
 #include "engine/Messages.h"
 
 using namespace ob;
@@ -71,7 +72,10 @@ void COrvoBasic::ReportError(int id) {
     if (m_exprAbandoned || m_halted) return;
     CString message = LoadMessage(id);
     ui::Desktop& desktop = ui::GetDesktop();
-    if (message.IsEmpty()) desktop.ResourceFallbackBox(kMissingMessageText);
+    if (message.IsEmpty() && m_outputHooks && m_outputHooks->messageBox)
+        ShowMessageBox(kMissingMessageText, ui::MB_OK);
+    else if (message.IsEmpty())
+        desktop.ResourceFallbackBox(kMissingMessageText);
     m_lastError = message;
     m_lastError += u'\n';
     m_lastError += GetCurrentLine();

@@ -74,6 +74,11 @@ const char kUsage[] =
     "  --sandbox      deny everything that reaches outside the process (all of\n"
     "                 the above)\n"
     "  --trace        before each statement, write SCRIPT:LINE: trace to stderr\n"
+    "  --codepage=1252|utf-8\n"
+    "                 the code page of 8-bit text: 8-bit text files, dBase\n"
+    "                 tables, serial lines, and script files without a UTF-8\n"
+    "                 sign (default 1252; a script with the UTF-8 mark, or valid\n"
+    "                 UTF-8 with a non-ASCII character, is read as UTF-8 anyway)\n"
     "  --help         show this help and exit\n"
     "  --version      show the version and exit\n"
     "\n"
@@ -103,6 +108,7 @@ struct Options {
     uint64_t maxCells = 0;
     uint32_t allowed = OB_CAP_ALL;
     bool trace = false;
+    int32_t codePage = OB_CODEPAGE_1252;
 };
 
 // The capability each --deny name stands for.
@@ -201,6 +207,14 @@ int ParseDenyList(const std::string& list, Options& options) {
     return -1;
 }
 
+// "--codepage=1252|utf-8" (also "cp1252", "windows-1252", "utf8").
+int ParseCodePage(const std::string& name, Options& options) {
+    if (name == "1252" || name == "cp1252" || name == "windows-1252") options.codePage = OB_CODEPAGE_1252;
+    else if (name == "utf-8" || name == "utf8") options.codePage = OB_CODEPAGE_UTF8;
+    else return UsageError("--codepage takes 1252 or utf-8");
+    return -1;
+}
+
 // The host-control options; returns -1 to go on, an exit status, or -2 when
 // `arg` is none of them.
 int ParseControlOption(const char* arg, Options& options) {
@@ -215,6 +229,7 @@ int ParseControlOption(const char* arg, Options& options) {
         options.trace = true;
         return -1;
     }
+    if (std::strncmp(arg, "--codepage=", 11) == 0) return ParseCodePage(arg + 11, options);
     return -2;
 }
 
@@ -397,6 +412,7 @@ void ApplyControls(OB_HANDLE script, const Options& options) {
     int32_t depth = static_cast<int32_t>(std::min<uint64_t>(options.maxDepth, INT32_MAX));
     OB_SetBudgets(script, options.maxSteps, options.timeoutMs, depth, options.maxCells);
     OB_SetCapabilities(script, options.allowed);
+    OB_SetCodePage(script, options.codePage);
     if (options.trace) OB_SetLineHook(script, TraceLine, nullptr);
 }
 
