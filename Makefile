@@ -4,10 +4,11 @@
 CMAKE ?= cmake
 CTEST ?= ctest
 JOBS  ?= 2
+PREFIX ?= /usr/local
 
 # Steps run one after another even under `make -j`: deps must finish before configuring.
 .NOTPARALLEL:
-.PHONY: all deps build run test asan bench clean help
+.PHONY: all deps build run test asan bench clean help install
 
 all: build
 
@@ -18,6 +19,7 @@ help:
 	@echo "make test   deps + build, then run every test with ctest"
 	@echo "make asan   deps, then build and test with AddressSanitizer + UBSan (build/asan)"
 	@echo "make bench  build, then time the scripts in bench/"
+	@echo "make install PREFIX=DIR  build, then install under DIR (default /usr/local; DESTDIR honoured)"
 	@echo "make clean  remove the build directories"
 
 deps:
@@ -51,6 +53,10 @@ asan: deps
 	$(call configure_and_build,asan)
 	@echo "== test asan"
 	@$(CTEST) --preset asan -j$(JOBS) --output-on-failure
+
+# Library, headers, runner, pkg-config file and CMake package under PREFIX.
+install: build
+	@$(CMAKE) --install build/default --prefix "$(PREFIX)"
 
 bench: build
 	@bash bench/run_bench.sh

@@ -12,6 +12,7 @@
 #include <orvobasic/CBasicVariable.h>
 #include <orvobasic/CString.h>
 #include <orvobasic/dialogs.h>
+#include <orvobasic/codepage.h>
 #include <orvobasic/export.h>
 #include <orvobasic/hostcontrol.h>
 
@@ -22,6 +23,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -135,6 +137,7 @@ class CSerialPort;
 class CSerialPortTable;
 class CSourceMap;
 struct SourceRequest;
+struct OutputHooks;
 
 }  // namespace ob
 
@@ -283,12 +286,45 @@ public:
     using LineHook = std::function<int(const CString& script, int line, unsigned level)>;
     void SetLineHook(LineHook hook);
     // Gives a script started by "run" the capabilities, budgets, resolver,
-    // hooks and error handler of `parent`, and makes it stop when `parent`
+    // hooks, error handler, code page and output hooks of `parent`, and makes it stop when `parent`
     // is asked to stop. `parent` must outlive this interpreter.
     void InheritHostControl(const COrvoBasic& parent);
 
     // Scope level: 1 in the main program, +1 per user-function call.
     unsigned GetScopeLevel() const { return m_scopeLevel; }
+
+    // ---- 8-bit text ----
+    // The code page of the script's 8-bit text: script files without a
+    // UTF-8 sign, 8-bit text files, dBase tables, serial lines, "string"
+    // parameters of declared functions. Windows-1252 unless the host sets it.
+    void SetCodePage(ob::CodePage codePage) { m_codePage = codePage; }
+    ob::CodePage GetCodePage() const { return m_codePage; }
+    // Conversions between 8-bit text and CString in that code page; every
+    // 8-bit text the script reads or writes goes through these.
+    CString AnsiToWide(std::string_view bytes) const;
+    void AnsiToWide(std::string_view bytes, CString& out) const;   // appends
+    std::string WideToAnsi(std::u16string_view text) const;
+
+    // ---- what the script shows ----
+    // A "print" text and any other message box: to the host's output hooks
+    // when it set them (OB_SetOutputHandlers), else to the desktop.
+    void ShowPrint(const CString& text);
+    int ShowMessageBox(const CString& text, unsigned style);
+    // Replaces the hooks (null: the desktop shows everything).
+    void SetOutputHooks(std::shared_ptr<const ob::OutputHooks> hooks) { m_outputHooks = std::move(hooks); }
+
+    // ---- variables for hosts ----
+    // Element `index` (-1: the current element) of the variable `name`,
+    // found as a statement at the current scope level finds it: a global by
+    // its exact spelling first, then a local of the current level in any
+    // case ("r.field" names a record field). False, with nothing reported,
+    // when there is no such variable or element.
+    bool GetVariableValue(const CString& name, int index, CBasicVariable& value);
+    // Stores `value`'s current element there as an assignment does (a watch
+    // on it fires). A name not yet defined is created as a local of the
+    // current level when `index` is 0 or -1. False, with nothing reported,
+    // when the element does not exist and cannot be created.
+    bool SetVariableValue(const CString& name, int index, const CBasicVariable& value);
 
     // Bounds that keep the C++ stack safe.
     static constexpr int kMaxCallDepth = 20000;
@@ -543,6 +579,7 @@ private:
     void AddDiagnostics(ob::ErrorRecord& record) const;
     CString ClosestDefinedName(int id, const CString& name) const;
     CString HintFor(const ob::ErrorRecord& record) const;
+    void ApplyHostDefaults();
 
     // Facts about the program text that never change while it runs, so that
     // loops and calls do not classify the same characters again.
@@ -636,7 +673,9 @@ private:
     unsigned m_capabilities = OB_CAP_ALL;
     PathResolver m_pathResolver;
     LineHook m_lineHook;
-    std::vector<ob::CallFrame> m_callChain;   // lines are text lines until an error record maps them
+    std::vector<ob::CallFrame> m_callChain;
+    ob::CodePage m_codePage = ob::CodePage::Windows1252;
+    std::shared_ptr<const ob::OutputHooks> m_outputHooks;
 
     // current token
     ob::COMMAND_TYPE m_command = ob::CMD_NONE;

@@ -96,6 +96,11 @@ typedef struct tagEXCEPINFO {
     HRESULT scode;
 } EXCEPINFO;
 
+// The helpers below keep the generic names of the automation API so that
+// code written against it works unchanged. They are part of this library's
+// API: exported with the symbol version ORVOBASIC_1.0 like every OB_*
+// function, and the library's own calls always reach its own definitions.
+//
 // BSTR: length-prefixed, zero-terminated UTF-16. NULL counts as "".
 OB_API BSTR SysAllocString(const OLECHAR* text);
 OB_API BSTR SysAllocStringLen(const OLECHAR* text, uint32_t length);

@@ -33,6 +33,7 @@
 #include <stdint.h>
 
 #include <orvobasic/automation.h>
+#include <orvobasic/codepage.h>
 #include <orvobasic/hostcontrol.h>
 #include <orvobasic/sources.h>
 
@@ -96,7 +97,8 @@ OB_API int32_t OB_SendEvent(OB_HANDLE script, const char16_t* name, const VARIAN
 OB_API int32_t OB_SendEventUtf8(OB_HANDLE script, const char* name, const VARIANT* args, int32_t count);
 
 /* The text of the last error the script reported: the message, a line feed
- * and the source line; "" when none. Copies at most `size` - 1 units and a
+ * and the line where the failing statement began, without its line end
+ * (the message and sourceLine of OB_GetLastErrorInfo); "" when none. Copies at most `size` - 1 units and a
  * terminating zero into `buffer` (nothing when `size` is 0 or `buffer` NULL)
  * and returns the full length in units (char16_t resp. bytes) without the
  * zero, so a result >= size means the text was cut. An invalid handle
@@ -264,7 +266,8 @@ typedef int32_t (*OB_ErrorHandler)(OB_HANDLE script, const OB_ErrorInfo* error, 
 
 /* Sets the script's error handler; NULL restores the desktop's error box.
  * `userData` is passed to every call. Does nothing for a handle that is not
- * live. */
+ * live. With `script` NULL, sets the handler every script created afterwards
+ * starts with (and a script started by "run" takes its parent's). */
 OB_API void OB_SetErrorHandler(OB_HANDLE script, OB_ErrorHandler handler, void* userData);
 
 /* The last error the script reported, into `*info` (see OB_ErrorInfo for how
@@ -359,6 +362,100 @@ OB_API void OB_SetComPortStatusHandler(OB_HANDLE script, OB_ComPortStatusHandler
  * status handler: "" when the port works or is not in the script's table.
  * Buffer and result as OB_GetLastErrorUtf8. */
 OB_API int32_t OB_GetComPortStatusUtf8(OB_HANDLE script, int32_t port, char* buffer, int32_t size);
+/* ---- text, output and variables ----------------------------------------
+ * The settings below that take a script handle accept NULL for "every
+ * script created from now on": the setting then becomes the default a new
+ * interpreter starts with (scripts that exist keep theirs; a script started
+ * by "run" takes its parent's). So a host that runs scripts with
+ * OB_ExecuteScriptFile sets them once, before the first run. */
+
+/* The code page of the script's 8-bit text: OB_CODEPAGE_1252 (the default)
+ * or OB_CODEPAGE_UTF8. It applies to script files (but a file that starts
+ * with the UTF-8 mark EF BB BF, or is valid UTF-8 with at least one
+ * multi-byte sequence, is always read as UTF-8), 8-bit text files ("open"
+ * without a UTF-16 mark, read and written), dBase tables and serial lines.
+ * Set it before OB_RunScript. Returns 1, or 0 (nothing changed) for another
+ * value or a handle that is neither NULL nor live. */
+OB_API int32_t OB_SetCodePage(OB_HANDLE script, int32_t codePage);
+
+/* Message box styles (the Win32 MB_* values scripts use) and the answers. */
+enum {
+    OB_MB_OK = 0x0, OB_MB_OKCANCEL = 0x1, OB_MB_ABORTRETRYIGNORE = 0x2, OB_MB_YESNOCANCEL = 0x3,
+    OB_MB_YESNO = 0x4, OB_MB_RETRYCANCEL = 0x5, OB_MB_TYPEMASK = 0xF,
+    OB_MB_ICONSTOP = 0x10, OB_MB_ICONQUESTION = 0x20, OB_MB_ICONEXCLAMATION = 0x30,
+    OB_MB_ICONINFORMATION = 0x40
+};
+enum { OB_IDOK = 1, OB_IDCANCEL = 2, OB_IDABORT = 3, OB_IDRETRY = 4, OB_IDIGNORE = 5, OB_IDYES = 6, OB_IDNO = 7 };
+
+/* The text of one "print" statement, UTF-8: `length` bytes (the text may
+ * hold zero bytes) followed by a terminating zero, valid during the call.
+ * It ends with the statement's line feed. */
+typedef void (*OB_PrintHandler)(OB_HANDLE script, const char* text, int32_t length, void* userData);
+
+/* A message box other than "print" and error boxes (for example "ask"):
+ * the text (UTF-8, valid during the call) and its style, OB_MB_* bits.
+ * Return the button the user chose, OB_ID* (one the style offers). */
+typedef int32_t (*OB_MessageBoxHandler)(OB_HANDLE script, const char* text, uint32_t style, void* userData);
+
+/* Where what a script shows goes. A NULL member leaves that kind of box to
+ * the desktop. Error boxes have their handler of their own:
+ * OB_SetErrorHandler (message, line, the calls that led there; the handler
+ * answers go on or abort). */
+typedef struct OB_OutputHandlers {
+    OB_PrintHandler print;
+    OB_MessageBoxHandler messageBox;
+    void* userData; /* passed to both */
+} OB_OutputHandlers;
+
+/* Sets the script's output handlers (copied; `handlers` may go away after
+ * the call); NULL `handlers` gives everything back to the desktop. Called
+ * on the host thread while the script runs, from inside OB_RunScript,
+ * OB_SendEvent, OB_RunMessageLoop or OB_SetVariable. A handler may read the
+ * script through this API but must not free or run it.
+ *
+ * A host that sets nothing gets the library's desktop: the headless one,
+ * unless a C++ host installed its own with ob::ui::SetDesktop. The headless
+ * desktop writes nothing anywhere (the library never touches the host's
+ * stdout or stderr, which may be a protocol stream, a log or closed), drops
+ * printed text, answers every box with OK and every error box with OK, so
+ * an unattended script goes on past an error as a user choosing OK would;
+ * the last error stays readable with OB_GetLastError and
+ * OB_GetLastErrorInfo. */
+OB_API void OB_SetOutputHandlers(OB_HANDLE script, const OB_OutputHandlers* handlers);
+
+/* Reads a script variable into `*value`, which the caller has initialised
+ * (VariantInit) and clears afterwards: a number arrives as VT_I4 or VT_R8,
+ * a truth value as VT_BOOL, a string as VT_BSTR, an object as VT_DISPATCH
+ * (a reference the caller owns), an unset element as VT_EMPTY. `index` is
+ * an element (from 0) or -1 for the current element, what the bare name
+ * gives in an expression.
+ * The name is found as a statement at the script's current scope level
+ * finds it: a global by its exact spelling first, then a local of the
+ * current level in any letter case. Outside a run that is the main
+ * program's level, so after OB_RunScript the main program's variables are
+ * readable; from inside a host function, the calling function's locals.
+ * Returns 1, or 0 (value untouched) when the handle is not live, `name` or
+ * `value` is NULL, no such variable exists or the index is out of range. */
+OB_API int32_t OB_GetVariable(OB_HANDLE script, const char16_t* name, int32_t index, VARIANT* value);
+OB_API int32_t OB_GetVariableUtf8(OB_HANDLE script, const char* name, int32_t index, VARIANT* value);
+
+/* Writes a script variable, found as OB_GetVariable finds it, as the
+ * assignment statement does: `index` -1 is "name = value" (an array becomes
+ * the single value), an index from 0 is "name[index] = value", which needs
+ * an existing element. A name that does not exist is created as a local of
+ * the current level by index -1 or 0. A "watch" on the variable fires.
+ * `value` is converted as OB_SendEvent's arguments are (NULL: unset) and
+ * stays the caller's. Set before OB_RunScript, a variable is there when the main
+ * program starts. Returns 1, or 0 (nothing changed) when the handle is not
+ * live, `name` is NULL or not a variable name, or the element does not
+ * exist and cannot be created. */
+OB_API int32_t OB_SetVariable(OB_HANDLE script, const char16_t* name, int32_t index, const VARIANT* value);
+OB_API int32_t OB_SetVariableUtf8(OB_HANDLE script, const char* name, int32_t index, const VARIANT* value);
+
+/* The number of elements of a script variable (1 for a plain variable), 0
+ * when there is no such variable or the handle is not live. */
+OB_API int32_t OB_GetVariableSize(OB_HANDLE script, const char16_t* name);
+OB_API int32_t OB_GetVariableSizeUtf8(OB_HANDLE script, const char* name);
 
 #ifdef __cplusplus
 }

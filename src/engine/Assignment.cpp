@@ -88,6 +88,6 @@ bool COrvoBasic::ExecPrint() {
     } while (!m_token.empty() && (m_token[0] == u';' || m_token[0] == u','));
     output += u'\n';
     if (m_halted) return false;
-    ui::GetDesktop().PrintBox(output);
+    ShowPrint(output);
     return true;
 }

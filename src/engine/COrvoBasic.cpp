@@ -40,6 +40,7 @@ COrvoBasic::COrvoBasic()
     BuildKeywordTable();
     m_scopeLevel = 1;
     m_desktop = &ui::GetDesktop();
+    ApplyHostDefaults();
     AddToNotifyList();
     ++m_nNumberOfCopies;
     CBasicVariable nothing;
@@ -70,7 +71,7 @@ COrvoBasic::~COrvoBasic() {
 // Script bytes as text, appended to `out` with one line feed after them.
 // The bytes are taken as one zero-terminated 8-bit string: a NUL byte ends the text.
 void COrvoBasic::DecodeScript(const std::string& bytes, CString& out) const {
-    platform::AnsiToWide(std::string_view(bytes).substr(0, bytes.find('\0')), out);
+    platform::DecodeScriptText(std::string_view(bytes).substr(0, bytes.find('\0')), m_codePage, out);
     out.push_back(u'\n');
 }
 

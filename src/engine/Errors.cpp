@@ -5,6 +5,7 @@
 
 #include <orvobasic/sources.h>
 
+#include "engine/HostOutput.h"
 #include "engine/Messages.h"
 #include "engine/SourceMap.h"
 
@@ -101,7 +102,10 @@ void COrvoBasic::ReportError(int id) {
     if (m_exprAbandoned || m_halted) return;
     CString message = LoadMessage(id);
     ui::Desktop& desktop = ui::GetDesktop();
-    if (message.IsEmpty()) desktop.ResourceFallbackBox(kMissingMessageText);
+    if (message.IsEmpty() && m_outputHooks && m_outputHooks->messageBox)
+        ShowMessageBox(kMissingMessageText, ui::MB_OK);
+    else if (message.IsEmpty())
+        desktop.ResourceFallbackBox(kMissingMessageText);
     m_lastError = message;
     m_lastError += u'\n';
     m_lastError += GetCurrentLine();

@@ -8,6 +8,8 @@
 #include <orvobasic/desktop.h>
 
 #include "engine/EventTable.h"
+#include "engine/HostOutput.h"
+#include "engine/HostValues.h"
 #include "engine/Registry.h"
 #include "platform/NumberFormat.h"
 
@@ -34,6 +36,10 @@ bool IntegerText(const VARIANT& v, CString& text) {
     default: return false;
     }
 }
+
+}  // namespace
+
+namespace ob {
 
 // A host value as a script value: empty and null stay unset, numbers,
 // truth values, strings and objects map directly, the other integer types
@@ -70,6 +76,13 @@ void ToHostValue(const CBasicVariable& value, VARIANT& out) {
     default: break;
     }
 }
+
+}  // namespace ob
+
+namespace {
+
+using ob::ToHostValue;
+using ob::ToScriptValue;
 
 // A host function written in C, reached through the C++ custom-function
 // table: the descriptor's user value is the index of its entry here.
@@ -157,8 +170,13 @@ int32_t CopyOut(const Text& text, Unit* buffer, int32_t size) {
     return static_cast<int32_t>(text.size());
 }
 
+// The message, a line feed and the line where the failing statement began,
+// as recorded when the error was reported (the cursor may have moved on,
+// into another line or out of a function, since).
 CString LastErrorOf(OB_HANDLE script) {
-    return COrvoBasic::IsValidInterpreter(script) ? script->GetLastError() : CString();
+    if (!COrvoBasic::IsValidInterpreter(script) || script->GetLastError().IsEmpty()) return CString();
+    const ob::ErrorRecord& record = script->GetLastErrorRecord();
+    return record.message + u'\n' + record.sourceLine;
 }
 
 // ---- host control ----
@@ -242,6 +260,16 @@ COrvoBasic::ErrorHandler WrapErrorHandler(OB_HANDLE script, OB_ErrorHandler hand
     return [script, handler, userData](const ob::ErrorRecord& record) {
         ErrorInfoStore store(record);
         return handler(script, &store.Info(), userData) == OB_ABORT ? OB_ABORT : OB_CONTINUE;
+    };
+}
+
+// The same for every script created afterwards: the handle is the script
+// that reports.
+ob::DefaultErrorHandler WrapDefaultErrorHandler(OB_ErrorHandler handler, void* userData) {
+    if (!handler) return nullptr;
+    return [handler, userData](COrvoBasic& script, const ob::ErrorRecord& record) {
+        ErrorInfoStore store(record);
+        return handler(&script, &store.Info(), userData) == OB_ABORT ? OB_ABORT : OB_CONTINUE;
     };
 }
 
@@ -462,6 +490,13 @@ int32_t OB_GetRunResult(OB_HANDLE script) {
 }
 
 void OB_SetErrorHandler(OB_HANDLE script, OB_ErrorHandler handler, void* userData) {
+    if (!script) {
+        try {
+            ob::SetDefaultErrorHandler(WrapDefaultErrorHandler(handler, userData));
+        } catch (...) {
+        }
+        return;
+    }
     WithLiveScript(script, [&](COrvoBasic& s) { s.SetErrorHandler(WrapErrorHandler(script, handler, userData)); });
 }
 

@@ -27,6 +27,8 @@ void COrvoBasic::InheritHostControl(const COrvoBasic& parent) {
     m_lineHook = parent.m_lineHook;
     m_errorHandler = parent.m_errorHandler;
     m_parentStop = &parent.m_stopRequested;
+    m_codePage = parent.m_codePage;
+    m_outputHooks = parent.m_outputHooks;
     UpdateControlActive();
 }
 

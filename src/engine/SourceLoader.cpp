@@ -107,8 +107,9 @@ bool ReadBytes(const std::string& path, std::string& bytes) {
 }
 
 // A file's bytes as script text: decrypted when encrypted, cut at a first
-// NUL byte (the text is one zero-terminated 8-bit string), widened.
-bool DecodeSource(std::string bytes, CString& text) {
+// NUL byte (the text is one zero-terminated 8-bit string), widened: UTF-8
+// when marked or valid UTF-8 with a multi-byte sequence, else in the code page.
+bool DecodeSource(std::string bytes, CodePage codePage, CString& text) {
     if (IsEncryptedScript(bytes)) {
         std::string plain;
         if (!DecryptScript(bytes, plain)) return false;
@@ -117,7 +118,7 @@ bool DecodeSource(std::string bytes, CString& text) {
     size_t nul = bytes.find('\0');
     if (nul != std::string::npos) bytes.resize(nul);
     text.clear();
-    platform::AnsiToWide(bytes, text);
+    platform::DecodeScriptText(bytes, codePage, text);
     return true;
 }
 
@@ -155,7 +156,7 @@ bool CSourceLoader::Load(const CString& path, CString& text) {
         m_basic.ReportLoadErrorAbout(17, path, path, errno);
         return false;
     }
-    if (!DecodeSource(std::move(bytes), src)) return Fail(OB_ERR_ENCRYPTED_SCRIPT, SourceRequest{{}, path, 0, {}});
+    if (!DecodeSource(std::move(bytes), m_basic.GetCodePage(), src)) return Fail(OB_ERR_ENCRYPTED_SCRIPT, SourceRequest{{}, path, 0, {}});
     src.push_back(u'\n');
     if (!m_basic.IsAllowed(OB_CAP_FILES)) {
         size_t slash = path.rfind(u'/');
@@ -275,7 +276,7 @@ int CSourceLoader::Open(const CString& path, std::string& canonical, CString& sr
     if (!m_sandboxRoot.empty() && !IsInside(canonical, m_sandboxRoot)) return 47;
     std::string bytes;
     if (!ReadBytes(canonical, bytes)) return 47;
-    if (!DecodeSource(std::move(bytes), src)) return OB_ERR_ENCRYPTED_SCRIPT;
+    if (!DecodeSource(std::move(bytes), m_basic.GetCodePage(), src)) return OB_ERR_ENCRYPTED_SCRIPT;
     if (src.empty() || !IsLineEnd(src.back())) src.push_back(u'\n');
     return 0;
 }

@@ -1,13 +1,14 @@
 // CTextFileLoc: a file read and written as lines of text.
 //
 // The text is either UTF-16 little-endian (marked by the bytes FF FE at the
-// start) or 8-bit Windows-1252. Lines are written with "\r\n" ends in the
+// start) or 8-bit text in the file's code page (Windows-1252 or UTF-8). Lines are written with "\r\n" ends in the
 // file's encoding, and read through a read-ahead buffer of wide characters,
 // so the operating-system position runs ahead of what the caller has read.
 // The byte operations of the base class stay available and bypass the buffer.
 #pragma once
 
 #include "platform/CFile.h"
+#include "platform/CodePage.h"
 
 #include <orvobasic/CString.h>
 
@@ -45,6 +46,9 @@ public:
     void SetUnicode(bool unicode) { m_unicode = unicode; }
     bool GetDropNulBytes() const { return m_dropNulBytes; }
     void SetDropNulBytes(bool drop) { m_dropNulBytes = drop; }
+    // The code page of 8-bit text (not used for UTF-16 files).
+    CodePage GetCodePage() const { return m_codePage; }
+    void SetCodePage(CodePage codePage) { m_codePage = codePage; }
 
     // Chunk sizes of reading (bytes) and writing (characters).
     static constexpr size_t kReadChunkUnicode = 512;
@@ -56,8 +60,12 @@ private:
     bool WriteChunk(const CString& chunk, bool endsMidLine);
     void AppendEncoded(std::string& out, std::u16string_view text) const;
 
+    size_t ChunkLength(const CString& text, size_t pos) const;
+
     CString m_buffer;
     size_t m_scanned = 0;   // leading buffer characters known to hold no "\n"
+    std::string m_unfinished;   // UTF-8 bytes of a character the last chunk cut
+    CodePage m_codePage = CodePage::Windows1252;
     bool m_unicode;
     bool m_dropNulBytes;
 };

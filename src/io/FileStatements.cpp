@@ -29,10 +29,12 @@ OpenMode ModeOfKeyword(KEYWORD_TYPE keyword) {
     return OpenMode::Input;   // "input" and any other keyword
 }
 
-// Opens the file as a binary or a text slot; null when the system refuses.
-std::unique_ptr<CFileHolder> OpenHolder(const CString& name, OpenMode mode, bool text) {
+// Opens the file as a binary or a text slot (8-bit text in `codePage`);
+// null when the system refuses.
+std::unique_ptr<CFileHolder> OpenHolder(const CString& name, OpenMode mode, bool text, CodePage codePage) {
     if (text) {
         auto file = std::make_unique<CTextFileLoc>(true, false);
+        file->SetCodePage(codePage);
         if (!file->Open(name, FlagsOf(mode))) return nullptr;
         return std::make_unique<CFileHolder>(std::move(file));
     }
@@ -94,7 +96,7 @@ bool COrvoBasic::ExecOpenFile() {
     }
     CString path = name.GetStringValue();
     errno = 0;
-    std::unique_ptr<CFileHolder> holder = ResolvePath(path) ? OpenHolder(path, mode, text) : nullptr;
+    std::unique_ptr<CFileHolder> holder = ResolvePath(path) ? OpenHolder(path, mode, text, m_codePage) : nullptr;
     if (!holder) {
         ReportErrorAbout(47, path, errno);
         return false;

@@ -153,10 +153,24 @@ def parse_directive(comment, line_number, exp):
         exp.problems.append(f"line {line_number}: malformed directive: {comment}")
 
 
+def decode_script(data):
+    """Decodes a script as the interpreter does: with the UTF-8 mark, or valid
+    UTF-8 holding a non-ASCII character, as UTF-8; anything else as Windows-1252."""
+    if data.startswith(codecs.BOM_UTF8):
+        return data[len(codecs.BOM_UTF8):].decode("utf-8", errors="replace")
+    try:
+        text = data.decode("utf-8")
+        if not text.isascii():
+            return text
+    except UnicodeDecodeError:
+        pass
+    return data.decode("cp1252", errors="ob-cp1252")
+
+
 def parse_script(path):
-    """Reads a script (8-bit Windows-1252 text, as the interpreter does) and its expectations."""
+    """Reads a script (UTF-8 or Windows-1252 text, as the interpreter does) and its expectations."""
     with open(path, "rb") as handle:
-        text = handle.read().decode("cp1252", errors="ob-cp1252")
+        text = decode_script(handle.read())
     exp = Expectations()
     for number, line in enumerate(text.split("\n"), start=1):
         line = line.rstrip("\r")

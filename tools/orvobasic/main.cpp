@@ -57,6 +57,7 @@ struct Options {
     std::string uiActions;             // action file, empty for none
     std::vector<std::pair<int32_t, std::string>> comPorts;   // --com N=PATH
     std::string keyFile;               // empty: the built-in key
+    int32_t codePage = OB_CODEPAGE_1252;
 };
 
 // The capability each --deny name stands for.
@@ -159,6 +160,14 @@ int ParseDenyList(const std::string& list, Options& options) {
     return -1;
 }
 
+// "--codepage=1252|utf-8" (also "cp1252", "windows-1252", "utf8").
+int ParseCodePage(const std::string& name, Options& options) {
+    if (name == "1252" || name == "cp1252" || name == "windows-1252") options.codePage = OB_CODEPAGE_1252;
+    else if (name == "utf-8" || name == "utf8") options.codePage = OB_CODEPAGE_UTF8;
+    else return UsageError("--codepage takes 1252 or utf-8");
+    return -1;
+}
+
 // The host-control options; returns -1 to go on, an exit status, or -2 when
 // `arg` is none of them.
 int ParseControlOption(const char* arg, Options& options) {
@@ -173,6 +182,7 @@ int ParseControlOption(const char* arg, Options& options) {
         options.trace = true;
         return -1;
     }
+    if (std::strncmp(arg, "--codepage=", 11) == 0) return ParseCodePage(arg + 11, options);
     return -2;
 }
 
@@ -437,6 +447,7 @@ void ApplyControls(OB_HANDLE script, const Options& options) {
     int32_t depth = static_cast<int32_t>(std::min<uint64_t>(options.maxDepth, INT32_MAX));
     OB_SetBudgets(script, options.maxSteps, options.timeoutMs, depth, options.maxCells);
     OB_SetCapabilities(script, options.allowed);
+    OB_SetCodePage(script, options.codePage);
     if (options.trace) OB_SetLineHook(script, TraceLine, nullptr);
     std::vector<const char*> args;
     for (const std::string& arg : options.scriptArgs) args.push_back(arg.c_str());
