@@ -7,7 +7,7 @@ JOBS  ?= 2
 
 # Steps run one after another even under `make -j`: deps must finish before configuring.
 .NOTPARALLEL:
-.PHONY: all deps build run test asan bench clean help
+.PHONY: all deps build run test asan tsan fuzz bench clean help
 
 all: build
 
@@ -17,6 +17,8 @@ help:
 	@echo "make run    deps + build, then run examples/hello.bas"
 	@echo "make test   deps + build, then run every test with ctest"
 	@echo "make asan   deps, then build and test with AddressSanitizer + UBSan (build/asan)"
+	@echo "make tsan   deps, then build and run the host and thread tests under ThreadSanitizer (build/tsan)"
+	@echo "make fuzz   deps + clang, then fuzz each target for FUZZ_SECONDS (default 60) with ASan + UBSan (build/fuzz)"
 	@echo "make bench  build, then time the scripts in bench/"
 	@echo "make clean  remove the build directories"
 
@@ -46,6 +48,17 @@ asan: deps
 	$(call configure_and_build,asan)
 	@echo "== test asan"
 	@$(CTEST) --preset asan -j$(JOBS) --output-on-failure
+
+tsan: deps
+	$(call configure_and_build,tsan)
+	@echo "== test tsan"
+	@$(CTEST) --preset tsan -j$(JOBS) --output-on-failure
+
+FUZZ_SECONDS ?= 60
+
+fuzz:
+	@bash scripts/install-deps.sh --fuzz
+	@bash tests/fuzz/run_fuzz.sh $(FUZZ_SECONDS)
 
 bench: build
 	@bash bench/run_bench.sh

@@ -4,6 +4,7 @@
 #include <orvobasic/desktop.h>
 
 #include "engine/EventTable.h"
+#include "engine/ScriptGate.h"
 #include "io/DataFileTable.h"
 #include "io/FileSlots.h"
 #include "platform/CodePage.h"
@@ -31,7 +32,6 @@ COrvoBasic::COrvoBasic()
     m_scopeLevel = 1;
     m_desktop = &ui::GetDesktop();
     AddToNotifyList();
-    ++m_nNumberOfCopies;
     CBasicVariable nothing;
     nothing.SetValue(static_cast<IDispatch*>(nullptr));
     SetVariableDirect(u"Nothing", nothing, 0, true);
@@ -41,6 +41,8 @@ COrvoBasic::COrvoBasic()
 }
 
 COrvoBasic::~COrvoBasic() {
+    ScriptUse closing(this, ScriptUse::Wait::Always);   // waits while another thread uses it
+    closing.Close();
     ExecTimerStop();
     RemoveFromNotifyList();
     LabelsFree();
@@ -51,7 +53,6 @@ COrvoBasic::~COrvoBasic() {
     EventsFree();
     FileCloseAll();
     FileFormatCloseAll();
-    --m_nNumberOfCopies;
 }
 
 // Reads the whole file as 8-bit text (up to a first NUL byte) and appends one line feed.
@@ -109,6 +110,8 @@ void COrvoBasic::SetProgramText(const CString& text) {
 }
 
 bool COrvoBasic::ExecuteProgram(const CString& path) {
+    ScriptUse use(this);
+    if (!use) return false;   // busy on another thread, and this thread is inside a script
     ForgetTextCaches();
     m_text.clear();
     m_scriptPath = path;
