@@ -9,8 +9,9 @@
 namespace ob::fuzz {
 
 Environment& Environment::Get() {
-    static Environment environment;
-    return environment;
+    // Never destroyed: the exit handler below still needs the directory.
+    static Environment* environment = new Environment;
+    return *environment;
 }
 
 // In memory when the system offers it: inputs are written once per run.
