@@ -3,6 +3,10 @@
 // the message loop that delivers them; dialogs as they arrive). The library's
 // default is the headless desktop, which answers every box with OK and keeps
 // no window; the command-line runner installs its console desktop.
+//
+// Scripts on several threads share the desktop: its members are called from
+// whichever thread runs a script, possibly at the same time, so a desktop
+// must be thread-safe (the built-in ones are).
 #pragma once
 
 #include <orvobasic/CString.h>
@@ -64,14 +68,15 @@ public:
     // with its own timers and event loop.
 
     // Starts a repeating timer: proc(context, id) runs from the message loop
-    // every intervalMs (at least 10). Returns the timer's id (never 0), or 0
+    // every intervalMs (at least 10). The timer belongs to the calling
+    // thread: only that thread's loop delivers it. Returns the timer's id (never 0), or 0
     // when no timer could be made.
     virtual unsigned SetTimer(unsigned intervalMs, TimerProc proc, void* context);
     // Stops a timer: its proc is not called again, even when this is called
     // from inside its own tick. False when the id is unknown.
     virtual bool KillTimer(unsigned timerId);
-    // Runs the message loop on the calling thread, delivering ticks as they
-    // fall due, until timeoutMs has passed (negative: no limit) or
+    // Runs the message loop on the calling thread, delivering this thread's
+    // ticks as they fall due, until timeoutMs has passed (negative: no limit) or
     // QuitMessageLoop is called. True when ended by QuitMessageLoop.
     virtual bool RunMessageLoop(int timeoutMs);
     // Ends the running loop, or the next one to start when none runs.

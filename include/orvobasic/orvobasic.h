@@ -10,10 +10,32 @@
  * OB_CreateScript, sets what it wants, then runs it with OB_RunScript.
  *
  * Threads: every function here, and every script handler, timer tick and
- * host function they lead to, runs on the thread that calls it. Call the
- * library from one thread only (the "host thread"); the exceptions are
- * OB_QuitMessageLoop and OB_RequestStop, which may be called from any thread
- * or a signal handler.
+ * host function they lead to, runs on the thread that calls it.
+ *   - Any number of scripts may run on any number of threads at once. The
+ *     state they share in the process (the list of live scripts, the host
+ *     functions, the error records, the desktop) is locked by the library.
+ *   - Use each script from one thread at a time. A call that uses a script
+ *     another thread is using (running it, sending it an event, reading or
+ *     changing its settings, freeing it) waits until that use ends. The
+ *     exception is a call made from inside a script (a host function, an
+ *     error handler, a line hook): it does not wait, so two threads can never
+ *     wait on each other, and a script busy on another thread is then
+ *     skipped (OB_SendEvent), reported as not live (the getters and setters)
+ *     or left alone (OB_FreeScript, OB_RunScript returns 0).
+ *   - A broadcast (OB_SendEvent with NULL) therefore waits for each script
+ *     that another thread is running; do not broadcast from outside a script
+ *     while another thread runs a script that waits for this thread.
+ *   - A script's timer belongs to the thread that ran its "timerstart": its
+ *     ticks run in that thread's OB_RunMessageLoop (or a modal loop on it),
+ *     never on another thread. Free a script with a timer on its own thread.
+ *   - OB_QuitMessageLoop and OB_RequestStop may be called from any thread
+ *     or a signal handler.
+ *   - Host functions, error handlers, path resolvers and line hooks run on
+ *     the thread of the script that calls them, concurrently with those of
+ *     other threads' scripts: make them thread-safe when several threads
+ *     run scripts.
+ *   - The desktop (desktop.h) is shared by all threads; set it before the
+ *     first script starts and keep it until the last one is freed.
  *
  * Strings: the plain functions take UTF-16 text (char16_t, zero-terminated);
  * the ...Utf8 twins take UTF-8. Error texts and values are never NULL-only:
@@ -121,14 +143,16 @@ OB_API int32_t OB_HasTimer(OB_HANDLE script);
  * function receives the arguments the script actually passed. Returns 0 when
  * the name is empty or `function` is NULL, else 1.
  * The table is emptied when the last live script is freed: register your
- * functions again before running a script after that. */
+ * functions again before running a script after that. With scripts on
+ * several threads, keep one script alive (OB_CreateScript) for as long as
+ * the functions are needed, so that the table is not emptied in between. */
 OB_API int32_t OB_AddCustomFunction(const char16_t* name, OB_HostFunction function, int32_t paramCount,
                                     void* userData);
 OB_API int32_t OB_AddCustomFunctionUtf8(const char* name, OB_HostFunction function, int32_t paramCount,
                                         void* userData);
 
 /* Runs the message loop on the calling thread: delivers the ticks of the
- * scripts' timers ("timerstart") as they fall due, and returns after
+ * timers that scripts started on this thread ("timerstart") as they fall due, and returns after
  * `timeoutMs` milliseconds (a negative value: no time limit) or when
  * OB_QuitMessageLoop is called. Returns 1 when ended by OB_QuitMessageLoop,
  * 0 when the time ran out. Waits without using the processor. Timers tick
@@ -136,7 +160,8 @@ OB_API int32_t OB_AddCustomFunctionUtf8(const char* name, OB_HostFunction functi
 OB_API int32_t OB_RunMessageLoop(int32_t timeoutMs);
 
 /* Makes the running message loop return (the next one to start, when none
- * runs). Safe to call from any thread and from a signal handler. */
+ * runs; one of them when several threads run theirs). Safe to call from any
+ * thread and from a signal handler. */
 OB_API void OB_QuitMessageLoop(void);
 
 /* ---- host control ------------------------------------------------------

@@ -6,6 +6,7 @@
 #include "engine/Capabilities.h"
 #include "engine/EventTable.h"
 #include "engine/SourceMap.h"
+#include "engine/ScriptGate.h"
 #include "io/DataFileTable.h"
 #include "io/FileSlots.h"
 #include "io/SerialPorts.h"
@@ -42,7 +43,6 @@ COrvoBasic::COrvoBasic()
     m_desktop = &ui::GetDesktop();
     ApplyHostDefaults();
     AddToNotifyList();
-    ++m_nNumberOfCopies;
     CBasicVariable nothing;
     nothing.SetValue(static_cast<IDispatch*>(nullptr));
     SetVariableDirect(u"Nothing", nothing, 0, true);
@@ -52,6 +52,8 @@ COrvoBasic::COrvoBasic()
 }
 
 COrvoBasic::~COrvoBasic() {
+    ScriptUse closing(this, ScriptUse::Wait::Always);   // waits while another thread uses it
+    closing.Close();
     ExecTimerStop();
     RemoveFromNotifyList();
     LabelsFree();
@@ -65,7 +67,6 @@ COrvoBasic::~COrvoBasic() {
     GDIObjectsFree();
     m_libraries.reset();   // after the descriptors whose entry points lie in them
     COMPortCloseAll();
-    --m_nNumberOfCopies;
 }
 
 // Script bytes as text, appended to `out` with one line feed after them.
@@ -111,6 +112,8 @@ void COrvoBasic::SetProgramText(const CString& text) {
 }
 
 bool COrvoBasic::ExecuteProgram(const CString& path) {
+    ScriptUse use(this);
+    if (!use) return false;   // busy on another thread, and this thread is inside a script
     ForgetTextCaches();
     m_text.clear();
     m_scriptPath = path;

@@ -11,12 +11,14 @@
 #include "engine/HostOutput.h"
 #include "engine/HostValues.h"
 #include "engine/Registry.h"
+#include "engine/ScriptGate.h"
 #include "platform/NumberFormat.h"
 
 #include <algorithm>
 #include <cstring>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -93,12 +95,16 @@ struct HostFunctionEntry {
 
 // Entries live for the process; the same function and data reuse one entry,
 // so registering again after the table was emptied does not grow this.
+// Scripts on any thread read it while hosts add to it: always under the lock.
+std::mutex g_hostFunctionsLock;
+
 std::vector<HostFunctionEntry>& HostFunctions() {
     static std::vector<HostFunctionEntry> entries;
     return entries;
 }
 
 int HostFunctionIndex(OB_HostFunction function, void* userData) {
+    std::lock_guard lock(g_hostFunctionsLock);
     auto& entries = HostFunctions();
     for (size_t i = 0; i < entries.size(); ++i)
         if (entries[i].function == function && entries[i].userData == userData) return static_cast<int>(i);
@@ -106,12 +112,19 @@ int HostFunctionIndex(OB_HostFunction function, void* userData) {
     return static_cast<int>(entries.size() - 1);
 }
 
+bool HostFunctionAt(int index, HostFunctionEntry& entry) {
+    std::lock_guard lock(g_hostFunctionsLock);
+    const auto& entries = HostFunctions();
+    if (index < 0 || static_cast<size_t>(index) >= entries.size()) return false;
+    entry = entries[static_cast<size_t>(index)];
+    return true;
+}
+
 // Converts the arguments, calls the C function and takes over its result.
 CBasicVariable CallHostFunction(COrvoBasic* script, CArgArray& args, int index) {
     CBasicVariable value;
-    auto& entries = HostFunctions();
-    if (index < 0 || static_cast<size_t>(index) >= entries.size()) return value;
-    HostFunctionEntry entry = entries[static_cast<size_t>(index)];
+    HostFunctionEntry entry{};
+    if (!HostFunctionAt(index, entry)) return value;
     std::vector<VARIANT> hostArgs(args.size());
     for (size_t i = 0; i < args.size(); ++i) ToHostValue(args[i], hostArgs[i]);
     VARIANT result;
@@ -150,7 +163,7 @@ int32_t SendEvent(OB_HANDLE script, const CString& name, const VARIANT* args, in
         for (int32_t i = 0; args && i < count; ++i) values.push_back(ToScriptValue(args[i]));
         if (!script) {
             COrvoBasic::SendEvent(name, values);
-        } else if (COrvoBasic::IsValidInterpreter(script)) {
+        } else if (ob::ScriptUse use(script); use) {
             script->EventThrow(name, values);
         }
     } catch (...) {
@@ -174,7 +187,8 @@ int32_t CopyOut(const Text& text, Unit* buffer, int32_t size) {
 // as recorded when the error was reported (the cursor may have moved on,
 // into another line or out of a function, since).
 CString LastErrorOf(OB_HANDLE script) {
-    if (!COrvoBasic::IsValidInterpreter(script) || script->GetLastError().IsEmpty()) return CString();
+    ob::ScriptUse use(script);
+    if (!use || script->GetLastError().IsEmpty()) return CString();
     const ob::ErrorRecord& record = script->GetLastErrorRecord();
     return record.message + u'\n' + record.sourceLine;
 }
@@ -212,36 +226,64 @@ private:
 };
 
 // The records handed out by OB_GetLastErrorInfo, kept until the script's next
-// request, run or free.
-std::map<OB_HANDLE, std::unique_ptr<ErrorInfoStore>>& LastErrorInfos() {
-    static std::map<OB_HANDLE, std::unique_ptr<ErrorInfoStore>> infos;
-    return infos;
-}
+// request, run or free, and the scripts inside OB_RunScript (they may be
+// neither run again nor freed). Shared by the scripts of every thread.
+class HostRecords {
+public:
+    const OB_ErrorInfo& KeepErrorInfo(OB_HANDLE script, const ob::ErrorRecord& record) {
+        auto store = std::make_unique<ErrorInfoStore>(record);
+        std::lock_guard lock(m_lock);
+        auto& slot = m_infos[script];
+        slot = std::move(store);
+        return slot->Info();
+    }
+    void ForgetErrorInfo(OB_HANDLE script) {
+        std::unique_ptr<ErrorInfoStore> dropped;
+        std::lock_guard lock(m_lock);
+        auto it = m_infos.find(script);
+        if (it == m_infos.end()) return;
+        dropped = std::move(it->second);
+        m_infos.erase(it);
+    }
+    // False when the script is running already.
+    bool StartRun(OB_HANDLE script) {
+        std::lock_guard lock(m_lock);
+        if (std::find(m_running.begin(), m_running.end(), script) != m_running.end()) return false;
+        m_running.push_back(script);
+        return true;
+    }
+    void EndRun(OB_HANDLE script) {
+        std::lock_guard lock(m_lock);
+        m_running.erase(std::find(m_running.begin(), m_running.end(), script));
+    }
+    bool IsRunning(OB_HANDLE script) {
+        std::lock_guard lock(m_lock);
+        return std::find(m_running.begin(), m_running.end(), script) != m_running.end();
+    }
 
-// Scripts inside OB_RunScript: they may be neither run again nor freed.
-std::vector<OB_HANDLE>& RunningScripts() {
-    static std::vector<OB_HANDLE> running;
-    return running;
-}
+private:
+    std::mutex m_lock;
+    std::map<OB_HANDLE, std::unique_ptr<ErrorInfoStore>> m_infos;
+    std::vector<OB_HANDLE> m_running;
+};
 
-bool IsRunning(OB_HANDLE script) {
-    const auto& running = RunningScripts();
-    return std::find(running.begin(), running.end(), script) != running.end();
+HostRecords& Records() {
+    static HostRecords records;
+    return records;
 }
 
 // Runs `run` on a created script that is not running yet; see OB_RunScript.
 template <typename Run>
 int32_t RunGuarded(OB_HANDLE script, Run run) {
-    if (!COrvoBasic::IsValidInterpreter(script) || IsRunning(script)) return 0;
-    LastErrorInfos().erase(script);
-    RunningScripts().push_back(script);
+    ob::ScriptUse use(script);
+    if (!use || !Records().StartRun(script)) return 0;
+    Records().ForgetErrorInfo(script);
     bool ran = false;
     try {
         ran = run(*script);
     } catch (...) {
     }
-    auto& running = RunningScripts();
-    running.erase(std::find(running.begin(), running.end(), script));
+    Records().EndRun(script);
     return ran ? 1 : 0;
 }
 
@@ -307,7 +349,8 @@ COrvoBasic::LineHook WrapLineHook(OB_HANDLE script, OB_LineHook hook, void* user
 // Runs `set` on a live script; exceptions (allocation) are swallowed.
 template <typename Setter>
 void WithLiveScript(OB_HANDLE script, Setter set) {
-    if (!COrvoBasic::IsValidInterpreter(script)) return;
+    ob::ScriptUse use(script);
+    if (!use) return;
     try {
         set(*script);
     } catch (...) {
@@ -335,9 +378,10 @@ OB_HANDLE OB_ExecuteScriptFileUtf8(const char* path, int32_t* resident) {
 }
 
 void OB_FreeScript(OB_HANDLE script) {
-    if (!COrvoBasic::IsValidInterpreter(script) || IsRunning(script)) return;
+    ob::ScriptUse use(script);
+    if (!use || Records().IsRunning(script)) return;
     try {
-        LastErrorInfos().erase(script);
+        Records().ForgetErrorInfo(script);
         delete script;
     } catch (...) {
     }
@@ -372,11 +416,13 @@ int32_t OB_GetLastErrorUtf8(OB_HANDLE script, char* buffer, int32_t size) {
 }
 
 int32_t OB_IsResident(OB_HANDLE script) {
-    return COrvoBasic::IsValidInterpreter(script) && script->IsResident() ? 1 : 0;
+    ob::ScriptUse use(script);
+    return use && script->IsResident() ? 1 : 0;
 }
 
 int32_t OB_HasTimer(OB_HANDLE script) {
-    return COrvoBasic::IsValidInterpreter(script) && ob::HasRunningTimer(script) ? 1 : 0;
+    ob::ScriptUse use(script);
+    return use && ob::HasRunningTimer(script) ? 1 : 0;
 }
 
 int32_t OB_AddCustomFunction(const char16_t* name, OB_HostFunction function, int32_t paramCount,
@@ -486,7 +532,8 @@ void OB_SetBudgets(OB_HANDLE script, uint64_t maxSteps, uint64_t timeoutMs, int3
 }
 
 int32_t OB_GetRunResult(OB_HANDLE script) {
-    return COrvoBasic::IsValidInterpreter(script) ? script->GetRunResult() : OB_OK;
+    ob::ScriptUse use(script);
+    return use ? script->GetRunResult() : OB_OK;
 }
 
 void OB_SetErrorHandler(OB_HANDLE script, OB_ErrorHandler handler, void* userData) {
@@ -501,11 +548,11 @@ void OB_SetErrorHandler(OB_HANDLE script, OB_ErrorHandler handler, void* userDat
 }
 
 int32_t OB_GetLastErrorInfo(OB_HANDLE script, OB_ErrorInfo* info) {
-    if (!info || !COrvoBasic::IsValidInterpreter(script) || script->GetLastError().IsEmpty()) return 0;
+    if (!info) return 0;
+    ob::ScriptUse use(script);
+    if (!use || script->GetLastError().IsEmpty()) return 0;
     try {
-        auto& slot = LastErrorInfos()[script];
-        slot = std::make_unique<ErrorInfoStore>(script->GetLastErrorRecord());
-        *info = slot->Info();
+        *info = Records().KeepErrorInfo(script, script->GetLastErrorRecord());
         return 1;
     } catch (...) {
         return 0;

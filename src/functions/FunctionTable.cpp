@@ -1,6 +1,7 @@
 // The table of callable names, the argument-list readers and the dispatch of
 // a call to its family handler.
 #include <orvobasic/COrvoBasic.h>
+#include "engine/Registry.h"
 
 #include "engine/Capabilities.h"
 
@@ -118,8 +119,7 @@ bool COrvoBasic::AddFunction(CFuncDesc* desc) {
 }
 
 const CFuncDesc* COrvoBasic::FindFuncDesc(const CString& lowerName) const {
-    auto ext = m_ExtFunctionTable.find(lowerName);
-    if (ext != m_ExtFunctionTable.end()) return ext->second;
+    if (const CFuncDesc* host = ob::FindHostFunction(lowerName)) return host;
     auto it = m_functions.find(lowerName);
     return it == m_functions.end() ? nullptr : it->second.get();
 }
@@ -229,10 +229,6 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
 }
 
 bool COrvoBasic::FunctionsFree() {
-    m_functions.clear();
-    if (m_nNumberOfCopies == 1) {
-        for (auto& entry : m_ExtFunctionTable) delete entry.second;
-        m_ExtFunctionTable.clear();
-    }
+    m_functions.clear();   // the host's table goes with the last interpreter (Registry.cpp)
     return true;
 }

@@ -459,8 +459,8 @@ void ApplyControls(OB_HANDLE script, const Options& options) {
 // Runs the script, its command-line events and its resident life; false when
 // it could not be loaded.
 bool RunScript(OB_HANDLE script, const Options& options) {
-    SignalGuard signals;
     g_running.store(script);
+    if (g_signals.load() > 0) OB_RequestStop(script);   // signalled before the script existed
     bool loaded = LoadAndRun(script, options);
     if (loaded) {
         for (const std::string& event : options.events)
@@ -474,6 +474,8 @@ bool RunScript(OB_HANDLE script, const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // First of all, so that no signal finds the default action in place.
+    SignalGuard signals;
     Options options;
     bool interactive = false;
     int status = ParseOptions(argc, argv, options, interactive);
