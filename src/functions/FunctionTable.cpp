@@ -62,7 +62,7 @@ const BuiltIn kBuiltIns[] = {
     {u"dbffieldnames", FT_DBFFIELDNAMES, &B::ExecDBFOperation},
     {u"comportopen", FT_COMPORTOPEN, nullptr}, {u"comportclose", FT_COMPORTCLOSE, nullptr},
     {u"comportread", FT_COMPORTREAD, nullptr}, {u"comportwrite", FT_COMPORTWRITE, nullptr},
-    {u"createobject", FT_CREATEOBJECT, nullptr},
+    {u"createobject", FT_CREATEOBJECT, &B::ExecCreateObject},
     {u"getvarstats", FT_GETVARSTATS, &B::ExecGetVarStats},
     {u"garbagecollection", FT_GARBAGECOLLECTION, &B::ExecGarbageCollection},
 };
@@ -183,7 +183,9 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
         ExecUserFunction(name, value, args, false);
         result = value;
     } else if (type == FT_AUTOMATION) {
-        ReportError(21);   // automation method calls need the automation layer
+        CBasicVariable value;
+        ExecAutomationMethod(name, value, args);
+        result = value;
     } else {
         const CFuncDesc* desc = FindFuncDesc(name);
         if (!desc || !desc->handler)
