@@ -216,6 +216,7 @@ TEST(AutomationConversion, ScriptValuesGoOutAsWholeNumbersObjectsOrText) {
     ob::VariantToBasicVar(flag, out);
     EXPECT_EQ(out.GetType(), BVT_STRING);
     EXPECT_EQ(out.GetStringValue().ToUtf8(), "-1");
+    VariantClear(&flag);   // converted in place: it holds the text now
     VARIANT error = Make(VT_ERROR);
     ob::VariantToBasicVar(error, out);
     EXPECT_FALSE(out.IsSet());
