@@ -71,6 +71,9 @@ public:
     void Set(const CBasicVariable& other);
     void SetFieldName(const CString& name) { Cur().SetFieldName(name); }
     void ReleaseStringBuffer();
+    // Empties every element that holds an object (releasing it); no change
+    // hook is raised.
+    void ReleaseObjects();
     char16_t* GetStringBuffer(int length) { return Cur().GetStringBuffer(length); }
 
     // Positioning and sizing.

@@ -465,6 +465,20 @@ public:
     bool ExecTimerStart();
     bool ExecTimerStop();
 
+    // automation objects
+    bool ExecCreateObject(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    // name is "variable.method"; the arguments are passed by value.
+    bool ExecAutomationMethod(const CString& name, CBasicVariable& result, CArgArray& args);
+    // An unknown property gives no value and no error.
+    bool GetObjectProperty(CBasicVariable& result, IDispatch* object, const CString& property);
+    // target is "variable.property".
+    bool SetObjectProperty(const CString& target, const CBasicVariable& value);
+    bool GetDispID(IDispatch* object, const CString& name, DISPID& dispid);
+    // True for success; otherwise the failure is shown to the user.
+    bool HandleAutomationError(HRESULT code, EXCEPINFO& exception);
+    // Releases the objects held by variables of this scope level and deeper.
+    bool ObjectVariablesFree(unsigned level);
+
     // running other scripts and programs
     bool ExecRun(bool script);
 

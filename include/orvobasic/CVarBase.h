@@ -73,6 +73,10 @@ public:
     // Empties the value (back to unset), releasing an object.
     void Clear();
 
+    // How many values in the whole process hold an object reference now
+    // (cheap: lets callers skip looking for objects when there are none).
+    static long HeldObjectCount();
+
 private:
     static const CString& EmptyString();
     void CopyValueFrom(const CVarBase& other);

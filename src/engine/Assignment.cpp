@@ -41,8 +41,8 @@ bool COrvoBasic::StoreAssignment(const CString& target, uint32_t targetPos, BASI
                                  int index, const CBasicVariable& value) {
     if (kind == STRUCT_MEMBER) return true;
     if (kind == UNKNOWN_MEMBER) {
-        CString name = target.Left(target.Find(u'.'));
-        ReportError(FindVariable(name) ? 31 : 37);   // object properties need the automation layer
+        if (IsAllowed(OB_CAP_AUTOMATION)) return SetObjectProperty(target, value);
+        ReportError(21);
         return false;
     }
     CBasicVariable* var = FindVariableAt(targetPos, target);

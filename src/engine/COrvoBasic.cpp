@@ -169,6 +169,7 @@ void COrvoBasic::DispatchStatement(BASIC_TOKEN_TYPE type) {
     switch (type) {
     case VARIABLE:
     case COMMAND:
+    case UNKNOWN_MEMBER:   // object.property = value
         if (m_controlActive || m_stopRequested.load(std::memory_order_relaxed)) {
             HostChecks();
             if (m_halted) return;

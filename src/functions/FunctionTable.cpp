@@ -81,7 +81,7 @@ const BuiltIn kBuiltIns[] = {
     {u"comportclose", FT_COMPORTCLOSE, &B::ExecComPortOperation, kSerial},
     {u"comportread", FT_COMPORTREAD, &B::ExecComPortOperation, kSerial},
     {u"comportwrite", FT_COMPORTWRITE, &B::ExecComPortOperation, kSerial},
-    {u"createobject", FT_CREATEOBJECT, nullptr, kAutomation},
+    {u"createobject", FT_CREATEOBJECT, &B::ExecCreateObject, kAutomation},
     {u"getvarstats", FT_GETVARSTATS, &B::ExecGetVarStats, kInside},
     {u"garbagecollection", FT_GARBAGECOLLECTION, &B::ExecGarbageCollection, kInside},
 };
@@ -214,7 +214,9 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
         ExecUserFunction(name, value, args, false);
         result = value;
     } else if (type == FT_AUTOMATION) {
-        ReportError(21);   // automation method calls need the automation layer
+        CBasicVariable value;
+        ExecAutomationMethod(name, value, args);
+        result = value;
     } else {
         const CFuncDesc* desc = FindFuncDesc(name);
         if (!desc || !desc->handler)

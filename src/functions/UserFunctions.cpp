@@ -58,6 +58,7 @@ bool COrvoBasic::RunFunctionBody() {
 
 // Leaves a function: one scope level down, back to the saved position.
 void COrvoBasic::PerformReturn() {
+    if (m_scopeLevel == 2 && CVarBase::HeldObjectCount() > 0) ObjectVariablesFree(2);   // the outermost call's objects
     if (m_scopeLevel >= 2) --m_scopeLevel;
     uint32_t position = 0;
     if (PopPosition(position)) Rewind(position);

@@ -220,17 +220,22 @@ void COrvoBasic::PrimitiveVariable(CBasicVariable& result) {
     get_token();
 }
 
-// name.member that is no record field: an automation property read. Object
-// properties need the automation layer, which this build does not provide.
+// name.member that is no record field: a property of the automation object
+// the variable holds.
 void COrvoBasic::PrimitiveUnknownMember(CBasicVariable& result) {
-    (void)result;
-    CString name = m_token.Left(m_token.Find(u'.'));
+    int dot = m_token.Find(u'.');
+    CString name = m_token.Left(dot);
     CBasicVariable* var = FindVariable(name);
-    if (!var) {
+    if (!IsAllowed(OB_CAP_AUTOMATION)) {
+        ReportError(21);   // like a denied method call
+    } else if (!var) {
         ReportErrorAbout(37, name);
-    } else {
+    } else if (var->GetType() != BVT_OBJECT) {
         m_operands.emplace_back();
         ReportError(31);
+    } else {
+        m_operands.emplace_back();
+        GetObjectProperty(result, var->GetObjectValue(), m_token.Mid(dot + 1));
     }
     get_token();
 }

@@ -140,3 +140,8 @@ void CBasicVariable::SetChangeEvent(COrvoBasic* owner, const CString& name) {
 void CBasicVariable::OnChange() {
     if (m_eventOwner) m_eventOwner->EventThrow(m_eventName, this);
 }
+
+void CBasicVariable::ReleaseObjects() {
+    for (size_t i = 0; i < m_items.size(); ++i)
+        if (m_items[i].GetType() == BVT_OBJECT) m_items[i].Clear();
+}
