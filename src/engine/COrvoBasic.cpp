@@ -16,12 +16,13 @@
 #include <cstdlib>
 #include <ctime>
 #include <memory>
+#include <new>
 
 using namespace ob;
 
 COrvoBasic::COrvoBasic()
     : m_types(std::make_unique<CUserTypes>()),
-      m_maps(std::make_unique<CMapDirectory>()),
+      m_maps(std::make_unique<CMapDirectory>(&m_meter)),
       m_events(std::make_unique<CEventTable>()),
       m_fileSlots(std::make_unique<CFileSlotTable>()),
       m_dataFiles(std::make_unique<CDataFileTable>()) {
@@ -56,15 +57,22 @@ COrvoBasic::~COrvoBasic() {
 
 // Reads the whole file as 8-bit text (up to a first NUL byte) and appends one line feed.
 bool COrvoBasic::LoadFile(const CString& path) {
-    std::FILE* f = std::fopen(path.ToUtf8().c_str(), "rb");
+    try {
+        return LoadFileText(path);
+    } catch (const std::bad_alloc&) {
+        return false;   // too large to hold: not enough memory to load it
+    }
+}
+
+bool COrvoBasic::LoadFileText(const CString& path) {
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> f(std::fopen(path.ToUtf8().c_str(), "rb"), &std::fclose);
     if (!f) return false;
     std::string bytes;
     char chunk[65536];
     size_t n;
-    while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0) bytes.append(chunk, n);
-    bool failed = std::ferror(f) != 0;
-    std::fclose(f);
-    if (failed) return false;
+    while ((n = std::fread(chunk, 1, sizeof chunk, f.get())) > 0) bytes.append(chunk, n);
+    if (std::ferror(f.get()) != 0) return false;
+    f.reset();
     // The bytes are taken as one zero-terminated 8-bit string: a NUL byte ends the text.
     size_t nul = bytes.find('\0');
     if (nul != std::string::npos) bytes.resize(nul);
@@ -78,6 +86,7 @@ bool COrvoBasic::LoadFile(const CString& path) {
 // at CR LF, or at a lone CR.
 void COrvoBasic::BuildLineIndex() {
     m_lineStarts.assign(1, 0);
+    m_textHasNul = m_text.find(u'\0') != CString::npos;
     for (uint32_t i = 0; i < m_length; ++i) {
         char16_t c = m_text[i];
         if (c == u'\n' || (c == u'\r' && (i + 1 >= m_length || m_text[i + 1] != u'\n')))
@@ -96,6 +105,7 @@ void COrvoBasic::ForgetTextCaches() {
     m_numberCache.clear();
     m_varCache.clear();
     m_pairCache.clear();
+    m_blockEnds.clear();
 }
 
 void COrvoBasic::SetProgramText(const CString& text) {
@@ -139,6 +149,8 @@ bool COrvoBasic::ExecuteProgram(const CString& path) {
             if (!m_halted) EventThrow(u"OnStop", args);
         } catch (const ScriptAbort&) {
             m_stop = true;
+        } catch (const std::bad_alloc&) {
+            OutOfMemory();
         }
     });
     return true;

@@ -15,6 +15,7 @@
 #include <cstring>
 #include <map>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -140,6 +141,8 @@ int32_t SendEvent(OB_HANDLE script, const CString& name, const VARIANT* args, in
         } else if (COrvoBasic::IsValidInterpreter(script)) {
             script->EventThrow(name, values);
         }
+    } catch (const std::bad_alloc&) {
+        if (script && COrvoBasic::IsValidInterpreter(script)) script->OutOfMemory();
     } catch (...) {
         // An aborted handler ends the delivery; the host is not told.
     }
@@ -397,7 +400,18 @@ void OB_SetBudgets(OB_HANDLE script, uint64_t maxSteps, uint64_t timeoutMs, int3
     budgets.timeoutMs = timeoutMs;
     budgets.maxDepth = std::max(maxDepth, 0);
     budgets.maxCells = maxCells;
-    WithLiveScript(script, [&](COrvoBasic& s) { s.SetBudgets(budgets); });
+    WithLiveScript(script, [&](COrvoBasic& s) {
+        budgets.maxMemory = s.GetBudgets().maxMemory;
+        s.SetBudgets(budgets);
+    });
+}
+
+void OB_SetMaxMemory(OB_HANDLE script, uint64_t maxBytes) {
+    WithLiveScript(script, [&](COrvoBasic& s) {
+        ob::Budgets budgets = s.GetBudgets();
+        budgets.maxMemory = maxBytes;
+        s.SetBudgets(budgets);
+    });
 }
 
 int32_t OB_GetRunResult(OB_HANDLE script) {

@@ -66,7 +66,11 @@ const char kUsage[] =
     "                 (error 104)\n"
     "  --max-cells=N  end the run when variables plus array elements exceed N\n"
     "                 (error 105)\n"
-    "                 For the four budgets, 0 means unlimited (the default).\n"
+    "  --max-memory=BYTES\n"
+    "                 end the run when the script's values (strings, array\n"
+    "                 elements, map entries, records) and the copies a statement\n"
+    "                 makes of them would exceed BYTES (error 106)\n"
+    "                 For the five budgets, 0 means unlimited (the default).\n"
     "  --deny=LIST    deny the script what LIST names (comma-separated, repeatable):\n"
     "                 files, process, native, serial, automation, dialogs, sound.\n"
     "                 A denied statement reports error 40, a denied function\n"
@@ -83,6 +87,8 @@ const char kUsage[] =
     "An error inside a user function is followed, under its source line, by the\n"
     "calls that led there, innermost first:\n"
     "    in FUNCTION, called at SCRIPT:LINE\n"
+    "\n"
+    "A run that finds the system out of memory ends with error 107.\n"
     "\n"
     "SIGINT or SIGTERM stops the script at its next statement (error 101) and\n"
     "ends a resident script; a second one ends the process at once (status 130).\n"
@@ -101,6 +107,7 @@ struct Options {
     uint64_t timeoutMs = 0;
     uint64_t maxDepth = 0;
     uint64_t maxCells = 0;
+    uint64_t maxMemory = 0;
     uint32_t allowed = OB_CAP_ALL;
     bool trace = false;
 };
@@ -130,6 +137,7 @@ const BudgetOption kBudgetOptions[] = {
     {"--timeout=", &Options::timeoutMs, true},
     {"--max-depth=", &Options::maxDepth, false},
     {"--max-cells=", &Options::maxCells, false},
+    {"--max-memory=", &Options::maxMemory, false},
 };
 
 int UsageError(const std::string& what) {
@@ -396,6 +404,7 @@ extern "C" int32_t TraceLine(OB_HANDLE, const char* path, int32_t line, int32_t,
 void ApplyControls(OB_HANDLE script, const Options& options) {
     int32_t depth = static_cast<int32_t>(std::min<uint64_t>(options.maxDepth, INT32_MAX));
     OB_SetBudgets(script, options.maxSteps, options.timeoutMs, depth, options.maxCells);
+    OB_SetMaxMemory(script, options.maxMemory);
     OB_SetCapabilities(script, options.allowed);
     if (options.trace) OB_SetLineHook(script, TraceLine, nullptr);
 }
