@@ -35,7 +35,12 @@ endef
 build:
 	$(call configure_and_build,default)
 
-run: deps build
+# Only the library and the runner: running an example needs no test program.
+run: deps
+	@echo "== configure default"
+	@$(CMAKE) --preset default --log-level=WARNING >/dev/null
+	@echo "== build orvobasic"
+	@$(CMAKE) --build --preset default --target orvobasic
 	@build/default/orvobasic examples/hello.bas
 
 test: deps build

@@ -145,6 +145,7 @@ struct CFuncDesc {
     CString name;                          // lower case
     ob::FUNCTION_TYPE type = ob::FT_USER;
     FuncHandler handler = nullptr;         // built-ins only
+    unsigned capabilities = 0;             // OB_CAP_* bits a call needs (built-ins)
     int bodyPosition = 0;                  // script functions: just behind the name
     // Host custom functions.
     OB_CustomFunction custom = nullptr;
@@ -471,7 +472,8 @@ private:
     void UpdateControlActive();
     uint64_t CountCells() const;
     bool StatementAllowed(ob::COMMAND_TYPE command);
-    bool FunctionAllowed(ob::FUNCTION_TYPE type);
+    bool FunctionAllowed(ob::FUNCTION_TYPE type, const CString& name);
+    bool CallAllowed(const CFuncDesc& desc);
     void SkipArgumentList();
     void FillErrorRecord(int id, const CString& message);
     uint32_t LineEndBefore(uint32_t position) const;

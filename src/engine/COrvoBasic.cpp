@@ -3,6 +3,7 @@
 #include <orvobasic/COrvoBasic.h>
 #include <orvobasic/desktop.h>
 
+#include "engine/Capabilities.h"
 #include "engine/EventTable.h"
 #include "io/DataFileTable.h"
 #include "io/FileSlots.h"
@@ -213,68 +214,89 @@ using StatementHandler = bool (*)(COrvoBasic&);
 
 struct StatementEntry {
     COMMAND_TYPE command;
-    StatementHandler handler;
+    StatementHandler handler;   // null: a word that is no statement by itself
+    Needs needs;                // what the statement needs from the sandbox
 };
 
 // Statement words and what runs for each; words that are no statement by
-// themselves ("then", "endif", ...) have no entry and do nothing.
+// themselves ("then", "endif", ...) do nothing.
 const StatementEntry kStatements[] = {
-    {CMD_PRINT, [](COrvoBasic& b) { return b.ExecPrint(); }},
-    {CMD_IF, [](COrvoBasic& b) { return b.ExecIf(); }},
-    {CMD_DO, [](COrvoBasic& b) { return b.ExecDoWhile(); }},
-    {CMD_LOOP, [](COrvoBasic& b) { return b.ExecLoop(); }},
-    {CMD_FOR, [](COrvoBasic& b) { return b.ExecFor(); }},
-    {CMD_NEXT, [](COrvoBasic& b) { return b.ExecNext(); }},
-    {CMD_GOTO, [](COrvoBasic& b) { return b.ExecGoto(); }},
-    {CMD_FINISHED, [](COrvoBasic& b) { b.SetStop(); return true; }},
-    {CMD_GOSUB, [](COrvoBasic& b) { return b.ExecGosub(); }},
-    {CMD_RETURN, [](COrvoBasic& b) { return b.ExecReturn(); }},
-    {CMD_END, [](COrvoBasic& b) { b.SetStop(); return true; }},
-    {CMD_ELSE, [](COrvoBasic& b) { return b.ExecElse(); }},
-    {CMD_DIM, [](COrvoBasic& b) { return b.ExecDim(false); }},
-    {CMD_FUNCTION, [](COrvoBasic& b) { b.ReportError(28); return false; }},
-    {CMD_SUB, [](COrvoBasic& b) { b.ReportError(28); return false; }},
-    {CMD_DECLARE, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
-    {CMD_DIALOG, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
-    {CMD_INCLUDE, [](COrvoBasic& b) { return b.ExecCommandStatement(); }},
-    {CMD_LIBRARY, [](COrvoBasic& b) { return b.ExecCommandStatement(); }},
-    {CMD_REM, [](COrvoBasic& b) { return b.ExecCommandStatement(); }},
-    {CMD_ENCRYPT, [](COrvoBasic& b) { return b.ExecCommandStatement(); }},
-    {CMD_MAP, [](COrvoBasic& b) { return b.ExecMap(); }},
-    {CMD_CALL, [](COrvoBasic& b) { return b.ExecCall(); }},
-    {CMD_RUN, [](COrvoBasic& b) { return b.ExecRun(true); }},
-    {CMD_RUNEXE, [](COrvoBasic& b) { return b.ExecRun(false); }},
-    {CMD_OPEN, [](COrvoBasic& b) { return b.ExecOpenFile(); }},
-    {CMD_CLOSE, [](COrvoBasic& b) { return b.ExecCloseFile(); }},
-    {CMD_TYPE, [](COrvoBasic& b) { return b.ExecType(); }},
-    {CMD_EVENT, [](COrvoBasic& b) { return b.ExecEvent(); }},
-    {CMD_THROW, [](COrvoBasic& b) { return b.ExecThrow(); }},
-    {CMD_WATCH, [](COrvoBasic& b) { return b.ExecWatch(); }},
-    {CMD_CLOSEDIALOG, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
-    {CMD_ALTER, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
-    {CMD_GLOBAL, [](COrvoBasic& b) { return b.ExecDim(true); }},
-    {CMD_STAYRESIDENT, [](COrvoBasic& b) { b.SetResident(); return true; }},
-    {CMD_PLAYSOUND, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
-    {CMD_TIMERSTART, [](COrvoBasic& b) { return b.ExecTimerStart(); }},
-    {CMD_TIMERSTOP, [](COrvoBasic& b) { return b.ExecTimerStop(); }},
-    {CMD_SETFOCUS, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
-    {CMD_PROPERTYSHEET, [](COrvoBasic& b) { return b.ExecUnsupported(); }},
+    {CMD_PRINT, [](COrvoBasic& b) { return b.ExecPrint(); }, kInside},
+    {CMD_IF, [](COrvoBasic& b) { return b.ExecIf(); }, kInside},
+    {CMD_DO, [](COrvoBasic& b) { return b.ExecDoWhile(); }, kInside},
+    {CMD_LOOP, [](COrvoBasic& b) { return b.ExecLoop(); }, kInside},
+    {CMD_FOR, [](COrvoBasic& b) { return b.ExecFor(); }, kInside},
+    {CMD_NEXT, [](COrvoBasic& b) { return b.ExecNext(); }, kInside},
+    {CMD_GOTO, [](COrvoBasic& b) { return b.ExecGoto(); }, kInside},
+    {CMD_FINISHED, [](COrvoBasic& b) { b.SetStop(); return true; }, kInside},
+    {CMD_GOSUB, [](COrvoBasic& b) { return b.ExecGosub(); }, kInside},
+    {CMD_RETURN, [](COrvoBasic& b) { return b.ExecReturn(); }, kInside},
+    {CMD_END, [](COrvoBasic& b) { b.SetStop(); return true; }, kInside},
+    {CMD_ELSE, [](COrvoBasic& b) { return b.ExecElse(); }, kInside},
+    {CMD_DIM, [](COrvoBasic& b) { return b.ExecDim(false); }, kInside},
+    {CMD_FUNCTION, [](COrvoBasic& b) { b.ReportError(28); return false; }, kInside},
+    {CMD_SUB, [](COrvoBasic& b) { b.ReportError(28); return false; }, kInside},
+    {CMD_DECLARE, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kNative},
+    {CMD_DIALOG, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kDialogs},
+    {CMD_INCLUDE, [](COrvoBasic& b) { return b.ExecCommandStatement(); }, kInside},
+    {CMD_LIBRARY, [](COrvoBasic& b) { return b.ExecCommandStatement(); }, kInside},
+    {CMD_REM, [](COrvoBasic& b) { return b.ExecCommandStatement(); }, kInside},
+    {CMD_ENCRYPT, [](COrvoBasic& b) { return b.ExecCommandStatement(); }, kFiles},
+    {CMD_MAP, [](COrvoBasic& b) { return b.ExecMap(); }, kInside},
+    {CMD_CALL, [](COrvoBasic& b) { return b.ExecCall(); }, kInside},
+    {CMD_RUN, [](COrvoBasic& b) { return b.ExecRun(true); }, kProcess},
+    {CMD_RUNEXE, [](COrvoBasic& b) { return b.ExecRun(false); }, kProcess},
+    {CMD_OPEN, [](COrvoBasic& b) { return b.ExecOpenFile(); }, kFiles},
+    {CMD_CLOSE, [](COrvoBasic& b) { return b.ExecCloseFile(); }, kFiles},
+    {CMD_TYPE, [](COrvoBasic& b) { return b.ExecType(); }, kInside},
+    {CMD_EVENT, [](COrvoBasic& b) { return b.ExecEvent(); }, kInside},
+    {CMD_THROW, [](COrvoBasic& b) { return b.ExecThrow(); }, kInside},
+    {CMD_WATCH, [](COrvoBasic& b) { return b.ExecWatch(); }, kInside},
+    {CMD_CLOSEDIALOG, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kDialogs},
+    {CMD_ALTER, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kDialogs},
+    {CMD_GLOBAL, [](COrvoBasic& b) { return b.ExecDim(true); }, kInside},
+    {CMD_STAYRESIDENT, [](COrvoBasic& b) { b.SetResident(); return true; }, kInside},
+    {CMD_PLAYSOUND, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kSound},
+    {CMD_TIMERSTART, [](COrvoBasic& b) { return b.ExecTimerStart(); }, kInside},
+    {CMD_TIMERSTOP, [](COrvoBasic& b) { return b.ExecTimerStop(); }, kInside},
+    {CMD_SETFOCUS, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kDialogs},
+    {CMD_PROPERTYSHEET, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kDialogs},
+    {CMD_THEN, nullptr, kInside},
+    {CMD_TO, nullptr, kInside},
+    {CMD_EOL, nullptr, kInside},
+    {CMD_ENDIF, nullptr, kInside},
+    {CMD_ENDFUNCTION, nullptr, kInside},
+    {CMD_ENDSUB, nullptr, kInside},
+    {CMD_ENDDIALOG, nullptr, kInside},
+    {CMD_ENDTYPE, nullptr, kInside},
+    {CMD_ENDALTER, nullptr, kInside},
+    {CMD_PAGE, nullptr, kInside},
+    {CMD_ENDPAGE, nullptr, kInside},
 };
 
 // The dispatch table indexed by command value, built once from the list above.
 struct StatementTable {
     StatementHandler byCommand[CMD_ENCRYPT + 1] = {};
+    std::optional<unsigned> needs[CMD_ENCRYPT + 1];
     StatementTable() {
-        for (const auto& e : kStatements) byCommand[e.command] = e.handler;
+        for (const auto& e : kStatements) {
+            byCommand[e.command] = e.handler;
+            needs[e.command] = e.needs.capabilities;
+        }
     }
 };
+
+const StatementTable& Statements() {
+    static const StatementTable table;
+    return table;
+}
 
 }  // namespace
 
 // Executes the statement whose first token has just been read: a variable
 // starts an assignment, a statement word runs its handler.
 bool COrvoBasic::Exec_command() {
-    static const StatementTable table;
+    static const StatementTable& table = Statements();
     if (m_tokenType == VARIABLE || m_tokenType == STRUCT_MEMBER || m_tokenType == UNKNOWN_MEMBER) {
         putback();
         return assignment();
@@ -283,4 +305,9 @@ bool COrvoBasic::Exec_command() {
     if (m_capabilities != OB_CAP_ALL && !StatementAllowed(m_command)) return false;
     StatementHandler handler = table.byCommand[m_command];
     return handler ? handler(*this) : false;
+}
+
+std::optional<unsigned> ob::StatementCapabilities(COMMAND_TYPE command) {
+    if (command < 0 || command > CMD_ENCRYPT) return std::nullopt;
+    return Statements().needs[command];
 }

@@ -3,6 +3,8 @@
 // statement loop pays one flag test per statement.
 #include <orvobasic/COrvoBasic.h>
 
+#include "engine/Capabilities.h"
+
 using namespace ob;
 
 namespace {
@@ -10,41 +12,6 @@ namespace {
 // How often (in statements) the clock and the cell count are looked at.
 constexpr uint64_t kClockEvery = 64;
 constexpr uint64_t kCellsEvery = 256;
-
-struct CapabilityOfCommand {
-    COMMAND_TYPE command;
-    unsigned capability;
-};
-
-const CapabilityOfCommand kStatementCapabilities[] = {
-    {CMD_OPEN, OB_CAP_FILES}, {CMD_CLOSE, OB_CAP_FILES}, {CMD_RUN, OB_CAP_PROCESS},
-    {CMD_RUNEXE, OB_CAP_PROCESS}, {CMD_DECLARE, OB_CAP_NATIVE}, {CMD_DIALOG, OB_CAP_DIALOGS},
-    {CMD_CLOSEDIALOG, OB_CAP_DIALOGS}, {CMD_ALTER, OB_CAP_DIALOGS}, {CMD_SETFOCUS, OB_CAP_DIALOGS},
-    {CMD_PROPERTYSHEET, OB_CAP_DIALOGS}, {CMD_PLAYSOUND, OB_CAP_SOUND},
-};
-
-// The capability a built-in needs, 0 for none.
-unsigned CapabilityOfFunction(FUNCTION_TYPE type) {
-    switch (type) {
-    case FT_READ: case FT_WRITE: case FT_READLINE: case FT_READLIST: case FT_WRITELINE:
-    case FT_SEEK: case FT_FILESIZE: case FT_ISEOF: case FT_GETFILEPOS: case FT_FINDFILES:
-    case FT_DBFOPEN: case FT_DBFCREATE: case FT_DBFCLOSE: case FT_DBFREAD: case FT_DBFWRITE:
-    case FT_DBFAPPEND: case FT_DBFSEEK: case FT_DBFDELETE: case FT_DBFNUMRECORDS:
-    case FT_DBFNUMFIELDS: case FT_DBFFIELDNAMES:
-        return OB_CAP_FILES;
-    case FT_COMPORTOPEN: case FT_COMPORTCLOSE: case FT_COMPORTREAD: case FT_COMPORTWRITE:
-        return OB_CAP_SERIAL;
-    case FT_CREATEOBJECT: case FT_AUTOMATION:
-        return OB_CAP_AUTOMATION;
-    case FT_DECLARED:
-        return OB_CAP_NATIVE;
-    case FT_FILEOPENDLG: case FT_FILESAVEASDLG: case FT_CONTROLVALUE: case FT_POPUPMENU:
-    case FT_SENDMESSAGE: case FT_ASK: case FT_POINTOFFSET: case FT_GETWINDOWHANDLE: case FT_COPYDATA:
-        return OB_CAP_DIALOGS;
-    default:
-        return 0;
-    }
-}
 
 }  // namespace
 
@@ -127,23 +94,34 @@ bool COrvoBasic::StopRequestedAtJump() {
     return true;
 }
 
+// A denied statement reports error 40 and its line is skipped.
 bool COrvoBasic::StatementAllowed(COMMAND_TYPE command) {
-    for (const auto& entry : kStatementCapabilities)
-        if (entry.command == command && !IsAllowed(entry.capability)) {
-            ReportError(40);
-            FindEOL();
-            return false;
-        }
-    return true;
+    auto needed = StatementCapabilities(command);
+    if (!needed || IsAllowed(*needed)) return true;
+    ReportError(40);
+    FindEOL();
+    return false;
 }
 
 // A denied function reports error 21 and its argument list is skipped
-// without being evaluated.
-bool COrvoBasic::FunctionAllowed(FUNCTION_TYPE type) {
-    unsigned capability = CapabilityOfFunction(type);
-    if (!capability || IsAllowed(capability)) return true;
+// without being evaluated. A dotted name is a method of an automation object.
+bool COrvoBasic::FunctionAllowed(FUNCTION_TYPE type, const CString& name) {
+    unsigned needed = OB_CAP_AUTOMATION;
+    if (type != FT_AUTOMATION) {
+        const CFuncDesc* desc = FindFuncDesc(name);
+        needed = desc ? CapabilitiesOfCall(*desc) : 0;
+    }
+    if (IsAllowed(needed)) return true;
     ReportError(21);
     SkipArgumentList();
+    return false;
+}
+
+// The one check every call of a descriptor passes, however it is reached: an
+// expression, "call", an event or timer handler, a script started by "run".
+bool COrvoBasic::CallAllowed(const CFuncDesc& desc) {
+    if (IsAllowed(CapabilitiesOfCall(desc))) return true;
+    ReportError(21);
     return false;
 }
 

@@ -2,6 +2,8 @@
 // a call to its family handler.
 #include <orvobasic/COrvoBasic.h>
 
+#include "engine/Capabilities.h"
+
 using namespace ob;
 
 namespace {
@@ -10,64 +12,84 @@ struct BuiltIn {
     const char16_t* name;
     FUNCTION_TYPE type;
     FuncHandler handler;   // null: the family is not part of this build
+    Needs needs;           // what a call needs from the sandbox
 };
 
 using B = COrvoBasic;
 
 // The built-ins, in the order they are entered.
 const BuiltIn kBuiltIns[] = {
-    {u"year", FT_YEAR, &B::ExecTimeFunc}, {u"month", FT_MONTH, &B::ExecTimeFunc},
-    {u"day", FT_DAY, &B::ExecTimeFunc}, {u"hour", FT_HOUR, &B::ExecTimeFunc},
-    {u"minute", FT_MINUTE, &B::ExecTimeFunc}, {u"second", FT_SECOND, &B::ExecTimeFunc},
-    {u"weekday", FT_WEEKDAY, &B::ExecTimeFunc},
-    {u"sin", FT_SIN, &B::ExecArithmetics}, {u"cos", FT_COS, &B::ExecArithmetics},
-    {u"tan", FT_TAN, &B::ExecArithmetics}, {u"asin", FT_ASIN, &B::ExecArithmetics},
-    {u"acos", FT_ACOS, &B::ExecArithmetics}, {u"atan", FT_ATAN, &B::ExecArithmetics},
-    {u"log", FT_LOG, &B::ExecArithmetics}, {u"log2", FT_LOG2, &B::ExecArithmetics},
-    {u"log10", FT_LOG10, &B::ExecArithmetics}, {u"sqr", FT_SQR, &B::ExecArithmetics},
-    {u"abs", FT_ABS, &B::ExecArithmetics}, {u"rad2dms", FT_RAD2DMS, &B::ExecArithmetics},
-    {u"dms2rad", FT_DMS2RAD, &B::ExecArithmetics}, {u"isnan", FT_ISNAN, &B::ExecArithmetics},
-    {u"loword", FT_LOWORD, &B::ExecArithmetics}, {u"hiword", FT_HIWORD, &B::ExecArithmetics},
-    {u"swap", FT_SWAP, &B::ExecArithmetics}, {u"int", FT_INT, &B::ExecArithmetics},
-    {u"max", FT_MAX, &B::ExecArithmetics}, {u"min", FT_MIN, &B::ExecArithmetics},
-    {u"ubound", FT_UBOUND, &B::ExecArithmetics}, {u"rand", FT_RAND, &B::ExecArithmetics},
-    {u"mapset", FT_MAPSET, &B::ExecMapOperation}, {u"mapget", FT_MAPGET, &B::ExecMapOperation},
-    {u"maphas", FT_MAPHAS, &B::ExecMapOperation}, {u"mapremove", FT_MAPREMOVE, &B::ExecMapOperation},
-    {u"mapgetkeys", FT_MAPGETKEYS, &B::ExecMapOperation},
-    {u"mapgetvalues", FT_MAPGETVALUES, &B::ExecMapOperation},
-    {u"left", FT_LEFT, &B::ExecStringOperation}, {u"right", FT_RIGHT, &B::ExecStringOperation},
-    {u"mid", FT_MID, &B::ExecStringOperation}, {u"instr", FT_INSTR, &B::ExecStringOperation},
-    {u"replace", FT_REPLACE, &B::ExecStringOperation}, {u"lcase", FT_LCASE, &B::ExecStringOperation},
-    {u"ucase", FT_UCASE, &B::ExecStringOperation}, {u"len", FT_LEN, &B::ExecStringOperation},
-    {u"repeat", FT_REPEAT, &B::ExecStringOperation}, {u"format", FT_FORMAT, &B::ExecStringOperation},
-    {u"val", FT_VAL, &B::ExecStringOperation}, {u"str", FT_STR, &B::ExecStringOperation},
-    {u"getpath", FT_GETPATH, &B::ExecStringOperation}, {u"getname", FT_GETNAME, &B::ExecStringOperation},
-    {u"fileopendlg", FT_FILEOPENDLG, nullptr}, {u"filesaveasdlg", FT_FILESAVEASDLG, nullptr},
-    {u"read", FT_READ, &B::ExecFileOperation}, {u"write", FT_WRITE, &B::ExecFileOperation},
-    {u"readline", FT_READLINE, &B::ExecFileOperation}, {u"readlist", FT_READLIST, &B::ExecFileOperation},
-    {u"writeline", FT_WRITELINE, &B::ExecFileOperation}, {u"filesize", FT_FILESIZE, &B::ExecFileOperation},
-    {u"seek", FT_SEEK, &B::ExecFileOperation}, {u"iseof", FT_ISEOF, &B::ExecFileOperation},
-    {u"getfilepos", FT_GETFILEPOS, &B::ExecFileOperation},
-    {u"getwindowhandle", FT_GETWINDOWHANDLE, nullptr}, {u"copydata", FT_COPYDATA, nullptr},
-    {u"pointoffset", FT_POINTOFFSET, nullptr}, {u"sendmessage", FT_SENDMESSAGE, nullptr},
-    {u"popupmenu", FT_POPUPMENU, nullptr}, {u"ask", FT_ASK, nullptr},
-    {u"findfiles", FT_FINDFILES, &B::ExecFindFiles}, {u"controlvalue", FT_CONTROLVALUE, nullptr},
-    {u"dbfopen", FT_DBFOPEN, &B::ExecDBFOperation}, {u"dbfcreate", FT_DBFCREATE, &B::ExecDBFOperation},
-    {u"dbfclose", FT_DBFCLOSE, &B::ExecDBFOperation},
-    {u"dbfnumrecords", FT_DBFNUMRECORDS, &B::ExecDBFOperation},
-    {u"dbfread", FT_DBFREAD, &B::ExecDBFOperation}, {u"dbfwrite", FT_DBFWRITE, &B::ExecDBFOperation},
-    {u"dbfappend", FT_DBFAPPEND, &B::ExecDBFOperation}, {u"dbfseek", FT_DBFSEEK, &B::ExecDBFOperation},
-    {u"dbfdelete", FT_DBFDELETE, &B::ExecDBFOperation},
-    {u"dbfnumfields", FT_DBFNUMFIELDS, &B::ExecDBFOperation},
-    {u"dbffieldnames", FT_DBFFIELDNAMES, &B::ExecDBFOperation},
-    {u"comportopen", FT_COMPORTOPEN, nullptr}, {u"comportclose", FT_COMPORTCLOSE, nullptr},
-    {u"comportread", FT_COMPORTREAD, nullptr}, {u"comportwrite", FT_COMPORTWRITE, nullptr},
-    {u"createobject", FT_CREATEOBJECT, nullptr},
-    {u"getvarstats", FT_GETVARSTATS, &B::ExecGetVarStats},
-    {u"garbagecollection", FT_GARBAGECOLLECTION, &B::ExecGarbageCollection},
+    {u"year", FT_YEAR, &B::ExecTimeFunc, kInside}, {u"month", FT_MONTH, &B::ExecTimeFunc, kInside},
+    {u"day", FT_DAY, &B::ExecTimeFunc, kInside}, {u"hour", FT_HOUR, &B::ExecTimeFunc, kInside},
+    {u"minute", FT_MINUTE, &B::ExecTimeFunc, kInside}, {u"second", FT_SECOND, &B::ExecTimeFunc, kInside},
+    {u"weekday", FT_WEEKDAY, &B::ExecTimeFunc, kInside}, {u"sin", FT_SIN, &B::ExecArithmetics, kInside},
+    {u"cos", FT_COS, &B::ExecArithmetics, kInside}, {u"tan", FT_TAN, &B::ExecArithmetics, kInside},
+    {u"asin", FT_ASIN, &B::ExecArithmetics, kInside}, {u"acos", FT_ACOS, &B::ExecArithmetics, kInside},
+    {u"atan", FT_ATAN, &B::ExecArithmetics, kInside}, {u"log", FT_LOG, &B::ExecArithmetics, kInside},
+    {u"log2", FT_LOG2, &B::ExecArithmetics, kInside}, {u"log10", FT_LOG10, &B::ExecArithmetics, kInside},
+    {u"sqr", FT_SQR, &B::ExecArithmetics, kInside}, {u"abs", FT_ABS, &B::ExecArithmetics, kInside},
+    {u"rad2dms", FT_RAD2DMS, &B::ExecArithmetics, kInside},
+    {u"dms2rad", FT_DMS2RAD, &B::ExecArithmetics, kInside}, {u"isnan", FT_ISNAN, &B::ExecArithmetics, kInside},
+    {u"loword", FT_LOWORD, &B::ExecArithmetics, kInside}, {u"hiword", FT_HIWORD, &B::ExecArithmetics, kInside},
+    {u"swap", FT_SWAP, &B::ExecArithmetics, kInside}, {u"int", FT_INT, &B::ExecArithmetics, kInside},
+    {u"max", FT_MAX, &B::ExecArithmetics, kInside}, {u"min", FT_MIN, &B::ExecArithmetics, kInside},
+    {u"ubound", FT_UBOUND, &B::ExecArithmetics, kInside}, {u"rand", FT_RAND, &B::ExecArithmetics, kInside},
+    {u"mapset", FT_MAPSET, &B::ExecMapOperation, kInside},
+    {u"mapget", FT_MAPGET, &B::ExecMapOperation, kInside},
+    {u"maphas", FT_MAPHAS, &B::ExecMapOperation, kInside},
+    {u"mapremove", FT_MAPREMOVE, &B::ExecMapOperation, kInside},
+    {u"mapgetkeys", FT_MAPGETKEYS, &B::ExecMapOperation, kInside},
+    {u"mapgetvalues", FT_MAPGETVALUES, &B::ExecMapOperation, kInside},
+    {u"left", FT_LEFT, &B::ExecStringOperation, kInside},
+    {u"right", FT_RIGHT, &B::ExecStringOperation, kInside}, {u"mid", FT_MID, &B::ExecStringOperation, kInside},
+    {u"instr", FT_INSTR, &B::ExecStringOperation, kInside},
+    {u"replace", FT_REPLACE, &B::ExecStringOperation, kInside},
+    {u"lcase", FT_LCASE, &B::ExecStringOperation, kInside},
+    {u"ucase", FT_UCASE, &B::ExecStringOperation, kInside}, {u"len", FT_LEN, &B::ExecStringOperation, kInside},
+    {u"repeat", FT_REPEAT, &B::ExecStringOperation, kInside},
+    {u"format", FT_FORMAT, &B::ExecStringOperation, kInside},
+    {u"val", FT_VAL, &B::ExecStringOperation, kInside}, {u"str", FT_STR, &B::ExecStringOperation, kInside},
+    {u"getpath", FT_GETPATH, &B::ExecStringOperation, kInside},
+    {u"getname", FT_GETNAME, &B::ExecStringOperation, kInside},
+    {u"fileopendlg", FT_FILEOPENDLG, nullptr, kDialogs},
+    {u"filesaveasdlg", FT_FILESAVEASDLG, nullptr, kDialogs}, {u"read", FT_READ, &B::ExecFileOperation, kFiles},
+    {u"write", FT_WRITE, &B::ExecFileOperation, kFiles},
+    {u"readline", FT_READLINE, &B::ExecFileOperation, kFiles},
+    {u"readlist", FT_READLIST, &B::ExecFileOperation, kFiles},
+    {u"writeline", FT_WRITELINE, &B::ExecFileOperation, kFiles},
+    {u"filesize", FT_FILESIZE, &B::ExecFileOperation, kFiles},
+    {u"seek", FT_SEEK, &B::ExecFileOperation, kFiles}, {u"iseof", FT_ISEOF, &B::ExecFileOperation, kFiles},
+    {u"getfilepos", FT_GETFILEPOS, &B::ExecFileOperation, kFiles},
+    {u"getwindowhandle", FT_GETWINDOWHANDLE, nullptr, kDialogs}, {u"copydata", FT_COPYDATA, nullptr, kDialogs},
+    {u"pointoffset", FT_POINTOFFSET, nullptr, kInside}, {u"sendmessage", FT_SENDMESSAGE, nullptr, kDialogs},
+    {u"popupmenu", FT_POPUPMENU, nullptr, kDialogs}, {u"ask", FT_ASK, nullptr, kDialogs},
+    {u"findfiles", FT_FINDFILES, &B::ExecFindFiles, kFiles},
+    {u"controlvalue", FT_CONTROLVALUE, nullptr, kDialogs},
+    {u"dbfopen", FT_DBFOPEN, &B::ExecDBFOperation, kFiles},
+    {u"dbfcreate", FT_DBFCREATE, &B::ExecDBFOperation, kFiles},
+    {u"dbfclose", FT_DBFCLOSE, &B::ExecDBFOperation, kFiles},
+    {u"dbfnumrecords", FT_DBFNUMRECORDS, &B::ExecDBFOperation, kFiles},
+    {u"dbfread", FT_DBFREAD, &B::ExecDBFOperation, kFiles},
+    {u"dbfwrite", FT_DBFWRITE, &B::ExecDBFOperation, kFiles},
+    {u"dbfappend", FT_DBFAPPEND, &B::ExecDBFOperation, kFiles},
+    {u"dbfseek", FT_DBFSEEK, &B::ExecDBFOperation, kFiles},
+    {u"dbfdelete", FT_DBFDELETE, &B::ExecDBFOperation, kFiles},
+    {u"dbfnumfields", FT_DBFNUMFIELDS, &B::ExecDBFOperation, kFiles},
+    {u"dbffieldnames", FT_DBFFIELDNAMES, &B::ExecDBFOperation, kFiles},
+    {u"comportopen", FT_COMPORTOPEN, nullptr, kSerial}, {u"comportclose", FT_COMPORTCLOSE, nullptr, kSerial},
+    {u"comportread", FT_COMPORTREAD, nullptr, kSerial}, {u"comportwrite", FT_COMPORTWRITE, nullptr, kSerial},
+    {u"createobject", FT_CREATEOBJECT, nullptr, kAutomation},
+    {u"getvarstats", FT_GETVARSTATS, &B::ExecGetVarStats, kInside},
+    {u"garbagecollection", FT_GARBAGECOLLECTION, &B::ExecGarbageCollection, kInside},
 };
 
 }  // namespace
+
+std::vector<BuiltInFacts> ob::BuiltInTable() {
+    std::vector<BuiltInFacts> facts;
+    for (const auto& b : kBuiltIns) facts.push_back({b.name, b.type, b.needs.capabilities});
+    return facts;
+}
 
 bool COrvoBasic::BuildFunctionTable() {
     m_functions.reserve(std::size(kBuiltIns) * 2);
@@ -76,6 +98,7 @@ bool COrvoBasic::BuildFunctionTable() {
         desc->name = b.name;
         desc->type = b.type;
         desc->handler = b.handler;
+        desc->capabilities = b.needs.capabilities;
         if (AddFunction(desc.get())) desc.release();
     }
     return true;
@@ -167,7 +190,7 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
         ReportError(21);
         return false;
     }
-    if (m_capabilities != OB_CAP_ALL && !FunctionAllowed(type)) {
+    if (m_capabilities != OB_CAP_ALL && !FunctionAllowed(type, name)) {
         get_token();   // the ")" the skipped list ends with
         return false;
     }
@@ -188,7 +211,7 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
         const CFuncDesc* desc = FindFuncDesc(name);
         if (!desc || !desc->handler)
             ReportError(21);
-        else
+        else if (CallAllowed(*desc))
             (this->*desc->handler)(result, args, type);
     }
     get_token();

@@ -71,6 +71,7 @@ bool COrvoBasic::ExecUserFunction(const CString& name, CBasicVariable& result, C
         ReportError(21);
         return false;
     }
+    if (!CallAllowed(*desc)) return false;
     if (desc->type == FT_CUSTOM) return ExecCustomFunction(*desc, result, args);
     if (desc->type == FT_DECLARED) {
         ReportError(25);   // library calls are not part of this build
