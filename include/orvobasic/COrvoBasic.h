@@ -217,6 +217,8 @@ public:
     // then names it, suggests a close defined name and adds a hint.
     void ReportErrorAbout(int id, const CString& subject, int osError = 0);
     CString GetCurrentLine();
+    // Longest source line text an error report shows; longer lines are cut.
+    static constexpr size_t kMaxShownLine = 1000;
     static CString LoadMessage(int id);
     // 1-based line of a text position.
     int LineOfPosition(uint32_t position) const;
@@ -289,6 +291,29 @@ public:
     // hooks, error handler, code page and output hooks of `parent`, and makes it stop when `parent`
     // is asked to stop. `parent` must outlive this interpreter.
     void InheritHostControl(const COrvoBasic& parent);
+
+    // Called before an operation builds or copies `bytes` of script data
+    // that no variable holds yet (a string it concatenates, repeats or
+    // reads, a copy of a variable): counts them against the memory budget
+    // until the statement ends, and looks at the deadline and at stop
+    // requests every megabyte or so of such work. False when the run has to
+    // end (it then has ended): the caller gives up without allocating.
+    [[nodiscard]] bool MayAllocate(uint64_t bytes) {
+        if (!m_controlActive && !m_stopRequested.load(std::memory_order_relaxed)) return !m_halted;
+        return LongOperationAllowed(bytes, bytes);
+    }
+    // The same for work that allocates nothing (scanning, reading).
+    [[nodiscard]] bool MayContinue(uint64_t work) {
+        if (!m_controlActive && !m_stopRequested.load(std::memory_order_relaxed)) return !m_halted;
+        return LongOperationAllowed(0, work);
+    }
+    // Bytes the memory budget counts now: values held, copies made by the
+    // statement being executed, control-flow entries, and what the script
+    // that started this one (by "run") held when it did.
+    uint64_t MemoryInUse() const;
+    ob::MemoryMeter& Meter() { return m_meter; }
+    // Ends the run because the system had no memory left (OB_E_NO_MEMORY).
+    void OutOfMemory();
 
     // Scope level: 1 in the main program, +1 per user-function call.
     unsigned GetScopeLevel() const { return m_scopeLevel; }
@@ -365,6 +390,9 @@ public:
     bool ComputeOperation(int op, CBasicVariable& left, CBasicVariable& right);
     bool ComputeArithmetic(int op, double& a, double b);
     bool ComputeString(int op, CString& a, const CString& b);
+    bool BuildConcatenation(const CString& left, const CString& right, CString& out);
+    // Characters a long concatenation copies between two looks at the budgets.
+    static constexpr size_t kConcatSlice = size_t{1} << 20;
     static int GetArithOperation(char16_t c);
 
     // variable store
@@ -581,6 +609,8 @@ private:
     void FreeScriptFunctionDescs();
     bool ExpressionTooDeep();
     void HostChecks();
+    bool LongOperationAllowed(uint64_t bytes, uint64_t work);
+    void AdoptVariable(const CString& key, std::unique_ptr<CBasicVariable> variable);
     void EndRun(int runResult);
     bool StopRequestedAtJump();
     void UpdateControlActive();
@@ -594,6 +624,14 @@ private:
     CString ClosestDefinedName(int id, const CString& name) const;
     CString HintFor(const ob::ErrorRecord& record) const;
     void ApplyHostDefaults();
+    uint32_t LineEndBefore(uint32_t position) const;
+
+    // Declared before every table of values, so that it outlives them all.
+    ob::MemoryMeter m_meter;
+    uint64_t m_transient = 0;          // copies made by the statement being executed
+    uint64_t m_transientBase = 0;      // of which made by the statements of the callers
+    uint64_t m_work = 0;               // long-operation work since the clock was last read
+    uint64_t m_inheritedMemory = 0;    // what the script that ran this one held
 
     // Facts about the program text that never change while it runs, so that
     // loops and calls do not classify the same characters again.
@@ -622,6 +660,8 @@ private:
         CString token;
     };
     std::unordered_map<uint64_t, PairEnd> m_pairCache;   // FindLastPair answers by start
+    std::unordered_map<uint64_t, uint32_t> m_blockEnds;  // inner blocks: opener -> after its closer
+    static uint64_t BlockKey(uint32_t opener, ob::COMMAND_TYPE open) { return (uint64_t{opener} << 6) | open; }
     std::unordered_map<uint32_t, VarCacheEntry> m_varCache;
     uint64_t m_varGeneration = 1;     // bumped whenever a variable is created or deleted
     std::vector<CString> m_levelSuffixes;
@@ -635,6 +675,7 @@ private:
     uint32_t m_endIndex = 0;
     std::vector<uint32_t> m_lineStarts;
     std::unique_ptr<ob::CSourceMap> m_sourceMap;   // text lines to the files they came from
+    bool m_textHasNul = false;       // a NUL character ends a line for error reports
     uint32_t m_stmtPos = 0;          // where the statement being executed began
 
     // tables

@@ -12,7 +12,9 @@ enum {
     OB_E_STEP_LIMIT = 2,  /* the statement budget was used up */
     OB_E_TIMEOUT = 3,     /* the wall-clock deadline passed */
     OB_E_DEPTH = 4,       /* the call-depth budget was exceeded */
-    OB_E_MEMORY = 5       /* the budget of variables plus array elements was exceeded */
+    OB_E_MEMORY = 5,      /* the budget of variables plus array elements was exceeded */
+    OB_E_MEMORY_LIMIT = 6, /* the budget of bytes held by the script's values was exceeded */
+    OB_E_NO_MEMORY = 7    /* the system had no memory left for the script */
 };
 
 /* Message numbers under which the host-control outcomes are reported through
@@ -22,7 +24,9 @@ enum {
     OB_ERR_STEP_LIMIT = 102,
     OB_ERR_TIMEOUT = 103,
     OB_ERR_DEPTH = 104,
-    OB_ERR_MEMORY = 105
+    OB_ERR_MEMORY = 105,
+    OB_ERR_MEMORY_LIMIT = 106,
+    OB_ERR_NO_MEMORY = 107
 };
 
 /* Capabilities: what a script may reach outside the process. All allowed by
@@ -84,6 +88,8 @@ struct Budgets {
     uint64_t timeoutMs = 0;      // wall clock from the start of ExecuteProgram (or from setting it mid-run)
     int maxDepth = 0;            // nested user-function calls
     uint64_t maxCells = 0;       // variables plus array elements
+    uint64_t maxMemory = 0;      // bytes held by the script's values (strings, elements, map entries,
+                                 // records) and by the copies a statement makes of them
 };
 
 }  // namespace ob

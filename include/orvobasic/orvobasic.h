@@ -244,6 +244,20 @@ OB_API void OB_RequestStop(OB_HANDLE script);
 OB_API void OB_SetBudgets(OB_HANDLE script, uint64_t maxSteps, uint64_t timeoutMs, int32_t maxDepth,
                           uint64_t maxCells);
 
+/* Sets the script's memory budget in bytes; 0 (the default) means
+ * unlimited. It counts what the script's values hold (string bytes, array
+ * elements, map entries with their keys and values, records, loop entries)
+ * plus the copies the statement being executed makes of them, and refuses
+ * an operation (a concatenation, "repeat", "replace", a line read from a
+ * file, an enumeration of a map) before it allocates past the budget.
+ * Exceeding it ends the run like the budgets above: OB_E_MEMORY_LIMIT,
+ * error OB_ERR_MEMORY_LIMIT (106). Keeps the other budgets; takes effect at
+ * once like them. A script started by "run" shares the budget with its
+ * caller. Independently of any budget, a run during which the system has no
+ * memory left ends with OB_E_NO_MEMORY, error OB_ERR_NO_MEMORY (107).
+ * Does nothing for a handle that is not live. */
+OB_API void OB_SetMaxMemory(OB_HANDLE script, uint64_t maxBytes);
+
 /* How the script's last run ended: OB_OK, or the OB_E_* code of the stop
  * or budget that ended it. OB_OK also for a handle that is not live. */
 OB_API int32_t OB_GetRunResult(OB_HANDLE script);

@@ -45,6 +45,8 @@ bool COrvoBasic::StoreAssignment(const CString& target, uint32_t targetPos, BASI
         ReportError(21);
         return false;
     }
+    // The store copies the value: counted like the copies that made it.
+    if (!MayAllocate(static_cast<uint64_t>(value.ContentBytes()))) return false;
     CBasicVariable* var = FindVariableAt(targetPos, target);
     int size = !var ? 0 : (var->GetNumItems() == 1 && !var->GetItem(0).IsSet()) ? 0 : var->GetNumItems();
     if ((size > 1 && !indexed) || value.GetNumItems() > 1) {

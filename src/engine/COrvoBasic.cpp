@@ -23,13 +23,14 @@
 #include <cstdlib>
 #include <ctime>
 #include <memory>
+#include <new>
 
 using namespace ob;
 
 COrvoBasic::COrvoBasic()
     : m_sourceMap(std::make_unique<CSourceMap>()),
       m_types(std::make_unique<CUserTypes>()),
-      m_maps(std::make_unique<CMapDirectory>()),
+      m_maps(std::make_unique<CMapDirectory>(&m_meter)),
       m_events(std::make_unique<CEventTable>()),
       m_fileSlots(std::make_unique<CFileSlotTable>()),
       m_dataFiles(std::make_unique<CDataFileTable>()),
@@ -80,6 +81,7 @@ void COrvoBasic::DecodeScript(const std::string& bytes, CString& out) const {
 // at CR LF, or at a lone CR.
 void COrvoBasic::BuildLineIndex() {
     m_lineStarts.assign(1, 0);
+    m_textHasNul = m_text.find(u'\0') != CString::npos;
     for (uint32_t i = 0; i < m_length; ++i) {
         char16_t c = m_text[i];
         if (c == u'\n' || (c == u'\r' && (i + 1 >= m_length || m_text[i + 1] != u'\n')))
@@ -98,6 +100,7 @@ void COrvoBasic::ForgetTextCaches() {
     m_numberCache.clear();
     m_varCache.clear();
     m_pairCache.clear();
+    m_blockEnds.clear();
 }
 
 void COrvoBasic::SetProgramText(const CString& text) {
@@ -142,6 +145,8 @@ bool COrvoBasic::ExecuteProgram(const CString& path) {
             if (!m_halted) EventThrow(u"OnStop", args);
         } catch (const ScriptAbort&) {
             m_stop = true;
+        } catch (const std::bad_alloc&) {
+            OutOfMemory();
         }
     });
     return true;

@@ -25,6 +25,8 @@ CString HostControlMessage(int id) {
     case OB_ERR_MEMORY: return u"Variable limit reached";
     case OB_ERR_INCLUDE_CYCLE: return u"Include cycle: a file includes itself, or includes nest too deeply";
     case OB_ERR_ENCRYPTED_SCRIPT: return u"Encrypted script is damaged or was made with another key";
+    case OB_ERR_MEMORY_LIMIT: return u"Memory limit reached";
+    case OB_ERR_NO_MEMORY: return u"Out of memory";
     default: return CString();
     }
 }
@@ -39,14 +41,32 @@ CString COrvoBasic::LoadMessage(int id) {
 // The source line around the cursor. Except on the first line the text
 // begins with the line end before it; the search for the line's end starts
 // two characters in (a one-character line therefore runs to the next one).
+// A line longer than kMaxShownLine is cut there, so that a statement that
+// reports many errors on one huge line costs no more per report than a
+// short one.
 CString COrvoBasic::GetCurrentLine() {
     if (m_text.empty()) return CString();
     uint32_t p = std::min<uint32_t>(m_pos, m_endIndex);
     while (p > 0 && IsLineEnd(m_text[p])) --p;
-    while (p > 0 && !IsLineEnd(m_text[p])) --p;
-    size_t e = m_text.find(u'\n', p + 2);
-    if (e != CString::npos && e - p > 1) return CString(m_text.substr(p, e - p));
+    p = LineEndBefore(p);
+    size_t window = std::min<size_t>(m_text.size(), size_t{p} + 2 + kMaxShownLine);
+    size_t e = p + 2 >= window ? CString::npos : std::u16string_view(m_text).substr(0, window).find(u'\n', p + 2);
+    if (e == CString::npos && p + 2 < window && window < m_text.size()) e = window;   // cut: the line goes on
+    if (e != CString::npos && e - p > 1) return CString(m_text.substr(p, std::min<size_t>(e - p, kMaxShownLine)));
     return CString();
+}
+
+// From a position on a line's text, back to the line end before that line
+// (or 0), as a character-by-character walk would stop. The line index finds
+// it at once unless the text holds NUL characters, which end lines here too.
+uint32_t COrvoBasic::LineEndBefore(uint32_t p) const {
+    if (m_textHasNul || m_lineStarts.empty()) {
+        while (p > 0 && !IsLineEnd(m_text[p])) --p;
+        return p;
+    }
+    if (IsLineEnd(m_text[p])) return p;
+    uint32_t start = m_lineStarts[static_cast<size_t>(LineOfPosition(p) - 1)];
+    return start > 0 ? start - 1 : 0;
 }
 
 const CString& COrvoBasic::LocateSource(uint32_t position, int& line) const {
@@ -67,11 +87,12 @@ void COrvoBasic::FillErrorRecord(int id, const CString& message) {
     r.sourceLine.clear();
     if (textLine > 0) {
         uint32_t begin = m_lineStarts[static_cast<size_t>(textLine - 1)];
+        uint32_t limit = static_cast<uint32_t>(std::min<size_t>(m_length, size_t{begin} + kMaxShownLine));
         uint32_t end = begin;
-        while (end < m_length && m_text[end] != u'\n' && m_text[end] != u'\r') ++end;
+        while (end < limit && m_text[end] != u'\n' && m_text[end] != u'\r') ++end;
         r.sourceLine = CString(m_text.substr(begin, end - begin));
         uint32_t first = std::max(begin, m_stmtPos);
-        while (first < end && (m_text[first] == u' ' || m_text[first] == u'\t')) ++first;
+        while (first < m_length && (m_text[first] == u' ' || m_text[first] == u'\t')) ++first;
         r.column = static_cast<int>(first - begin) + 1;
     }
     r.calls = m_callChain;

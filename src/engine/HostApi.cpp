@@ -19,6 +19,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -166,6 +167,8 @@ int32_t SendEvent(OB_HANDLE script, const CString& name, const VARIANT* args, in
         } else if (ob::ScriptUse use(script); use) {
             script->EventThrow(name, values);
         }
+    } catch (const std::bad_alloc&) {
+        if (script && COrvoBasic::IsValidInterpreter(script)) script->OutOfMemory();
     } catch (...) {
         // An aborted handler ends the delivery; the host is not told.
     }
@@ -528,7 +531,18 @@ void OB_SetBudgets(OB_HANDLE script, uint64_t maxSteps, uint64_t timeoutMs, int3
     budgets.timeoutMs = timeoutMs;
     budgets.maxDepth = std::max(maxDepth, 0);
     budgets.maxCells = maxCells;
-    WithLiveScript(script, [&](COrvoBasic& s) { s.SetBudgets(budgets); });
+    WithLiveScript(script, [&](COrvoBasic& s) {
+        budgets.maxMemory = s.GetBudgets().maxMemory;
+        s.SetBudgets(budgets);
+    });
+}
+
+void OB_SetMaxMemory(OB_HANDLE script, uint64_t maxBytes) {
+    WithLiveScript(script, [&](COrvoBasic& s) {
+        ob::Budgets budgets = s.GetBudgets();
+        budgets.maxMemory = maxBytes;
+        s.SetBudgets(budgets);
+    });
 }
 
 int32_t OB_GetRunResult(OB_HANDLE script) {

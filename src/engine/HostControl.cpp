@@ -17,7 +17,7 @@ constexpr uint64_t kCellsEvery = 256;
 
 void COrvoBasic::UpdateControlActive() {
     m_controlActive = m_budgets.maxSteps || m_budgets.timeoutMs || m_budgets.maxDepth || m_budgets.maxCells ||
-                      static_cast<bool>(m_lineHook) || m_parentStop != nullptr;
+                      m_budgets.maxMemory || static_cast<bool>(m_lineHook) || m_parentStop != nullptr;
 }
 
 void COrvoBasic::InheritHostControl(const COrvoBasic& parent) {
@@ -29,12 +29,14 @@ void COrvoBasic::InheritHostControl(const COrvoBasic& parent) {
     m_parentStop = &parent.m_stopRequested;
     m_codePage = parent.m_codePage;
     m_outputHooks = parent.m_outputHooks;
+    m_inheritedMemory = parent.MemoryInUse();
     UpdateControlActive();
 }
 
 void COrvoBasic::SetBudgets(const Budgets& budgets) {
     m_budgets = budgets;
     m_steps = 0;
+    m_work = 0;
     if (budgets.timeoutMs)
         m_deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(budgets.timeoutMs);
     UpdateControlActive();
@@ -76,7 +78,9 @@ void COrvoBasic::HostChecks() {
         (m_parentStop && m_parentStop->load(std::memory_order_relaxed)))
         return EndRun(OB_E_STOPPED);
     ++m_steps;
+    m_transient = m_transientBase;   // the copies of the statement before are gone
     if (m_budgets.maxSteps && m_steps > m_budgets.maxSteps) return EndRun(OB_E_STEP_LIMIT);
+    if (m_budgets.maxMemory && MemoryInUse() > m_budgets.maxMemory) return EndRun(OB_E_MEMORY_LIMIT);
     if (m_budgets.timeoutMs && m_steps % kClockEvery == 0 && std::chrono::steady_clock::now() >= m_deadline)
         return EndRun(OB_E_TIMEOUT);
     if (m_budgets.maxCells && m_steps % kCellsEvery == 0 && CountCells() > m_budgets.maxCells)

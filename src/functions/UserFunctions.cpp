@@ -95,8 +95,12 @@ struct COrvoBasic::CallScope {
     COrvoBasic& basic;
     uint32_t callerStatement;
     int callerExprDepth;
+    uint64_t callerTransientBase;
     bool chainPopped = false;
     ~CallScope() {
+        // The body's copies are gone; the caller's (its arguments) still count.
+        basic.m_transient = basic.m_transientBase;
+        basic.m_transientBase = callerTransientBase;
         basic.PerformReturn();
         if (!chainPopped) basic.m_callChain.pop_back();
         --basic.m_callDepth;
@@ -121,7 +125,8 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
     }
     int bodyPosition = desc.bodyPosition;
     CString lower = desc.name;
-    CallScope scope{*this, m_stmtPos, m_exprDepth};
+    CallScope scope{*this, m_stmtPos, m_exprDepth, m_transientBase};
+    m_transientBase = m_transient;
     m_exprDepth = 0;   // expression nesting is counted per function body
     ++m_callDepth;
     m_callChain.push_back(CallFrame{name, LineOfPosition(scope.callerStatement), {}});
@@ -138,6 +143,7 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
     if (!ok || isCall) return ok;
     CString resultName = name;
     if (CBasicVariable* var = FindVariable(resultName)) {
+        if (!MayAllocate(static_cast<uint64_t>(var->ChargedBytes()))) return false;
         result = *var;
         return true;
     }

@@ -538,8 +538,10 @@ bool CDbf::WriteRecord(uint32_t i, const std::vector<CString>& values, bool form
     return SetRecordFields(values) && WriteRecord(i, format);
 }
 
+// A table whose count is already the largest the header can hold takes no
+// more records: the count would wrap to 0.
 bool CDbf::AppendRecord(bool format) {
-    if (!SwitchToWriteMode()) return false;
+    if (m_numRecords == UINT32_MAX || !SwitchToWriteMode()) return false;
     uint64_t end = OffsetToEnd();
     if (end == 0 || !WriteRecordAt(end, format)) return false;
     ++m_numRecords;

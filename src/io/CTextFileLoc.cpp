@@ -79,10 +79,22 @@ bool CTextFileLoc::ReadChunk() {
 
 // Fills the buffer until it holds a "\n" or the file is exhausted. Only the
 // newly read characters are searched, so a very long line costs linear time.
-bool CTextFileLoc::ReadString(CString& line) {
+// `mayGrow`, when given, is asked before every further kGrowStep characters
+// of one line; when it refuses, the read ends with false and the buffer is
+// dropped.
+bool CTextFileLoc::ReadString(CString& line, const GrowCheck& mayGrow) {
+    constexpr size_t kGrowStep = size_t{1} << 16;
     size_t newline;
+    size_t allowed = kGrowStep;
     while ((newline = m_buffer.find(u'\n', m_scanned)) == CString::npos) {
         m_scanned = m_buffer.size();
+        if (mayGrow && m_buffer.size() >= allowed) {
+            if (!mayGrow(kGrowStep * sizeof(char16_t))) {
+                ClearBuffer();
+                return false;
+            }
+            allowed += kGrowStep;
+        }
         if (!ReadChunk()) break;
     }
     if (newline != CString::npos) {

@@ -12,6 +12,8 @@
 
 #include <orvobasic/CString.h>
 
+#include <functional>
+
 namespace ob {
 
 class CTextFileLoc : public platform::CFile {
@@ -31,7 +33,8 @@ public:
 
     // Reads the next line, without its "\n" and cut at its first "\r". A last
     // line without "\n" is returned whole. False at the end of the file.
-    bool ReadString(CString& line);
+    using GrowCheck = std::function<bool(size_t bytes)>;
+    bool ReadString(CString& line, const GrowCheck& mayGrow = nullptr);
     // Writes text as lines: each "\n" becomes the line end "\r\n" and the text
     // ends with one. Text is written in chunks of 256 characters; a chunk that
     // more text of the same line follows gets no line end. Empty text writes

@@ -210,11 +210,13 @@ void COrvoBasic::PrimitiveVariable(CBasicVariable& result) {
         return;
     }
     if (!indexed) {
+        if (!MayAllocate(static_cast<uint64_t>(var->ChargedBytes()))) return;
         result = *var;
     } else if (index < 0 || index >= var->GetNumItems()) {
         ReportError(36);
     } else {
         var->SetCurIndex(index);
+        if (!MayAllocate(var->GetCurrent().HeapBytes())) return;
         result.SetValue(*var);
     }
     get_token();
@@ -249,10 +251,14 @@ bool COrvoBasic::ComputeOperation(int op, CBasicVariable& left, CBasicVariable& 
         return ok;
     }
     case BVT_STRING: {
-        CString a = left.GetStringValue();
-        bool ok = ComputeString(op, a, right.GetType() == BVT_STRING ? right.GetCurrent().StringRef()
-                                                                      : right.GetStringValue());
-        left.SetValue(a);
+        CString converted;
+        const CString& b = right.GetType() == BVT_STRING ? right.GetCurrent().StringRef()
+                                                         : (converted = right.GetStringValue());
+        CString a;
+        if (op == AO_ADD && !BuildConcatenation(left.GetCurrent().StringRef(), b, a)) return false;
+        if (op != AO_ADD) a = left.GetStringValue();
+        bool ok = ComputeString(op, a, b);
+        left.SetValue(std::move(a));
         return ok;
     }
     default:
@@ -275,9 +281,24 @@ bool COrvoBasic::ComputeArithmetic(int op, double& a, double b) {
     }
 }
 
+// Copies `left` into `out`, with room for `right` too, in slices so that a
+// huge concatenation still notices the budgets and a stop request in time.
+bool COrvoBasic::BuildConcatenation(const CString& left, const CString& right, CString& out) {
+    if (!MayAllocate((left.size() + right.size()) * sizeof(char16_t))) return false;
+    out.reserve(left.size() + right.size());
+    for (size_t at = 0; at < left.size(); at += kConcatSlice) {
+        if (at && !MayContinue(kConcatSlice * sizeof(char16_t))) return false;
+        out.append(left, at, kConcatSlice);
+    }
+    return true;
+}
+
 bool COrvoBasic::ComputeString(int op, CString& a, const CString& b) {
     if (op == AO_ADD) {
-        a += b;
+        for (size_t at = 0; at < b.size(); at += kConcatSlice) {
+            if (at && !MayContinue(kConcatSlice * sizeof(char16_t))) return false;
+            a.append(b, at, kConcatSlice);
+        }
         return true;
     }
     ReportError(14);

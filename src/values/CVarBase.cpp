@@ -81,6 +81,14 @@ void CVarBase::SetValue(const char16_t* text) {
     m_str = text ? text : u"";
 }
 
+void CVarBase::SetValue(CString&& text) {
+    if (m_vt != VT_BSTR) {
+        Clear();
+        m_vt = VT_BSTR;
+    }
+    m_str = std::move(text);
+}
+
 void CVarBase::SetValue(const CString& text) {
     if (m_vt == VT_BSTR) {
         m_str = text;   // reuses the existing capacity

@@ -52,6 +52,7 @@ struct Options {
     uint64_t timeoutMs = 0;
     uint64_t maxDepth = 0;
     uint64_t maxCells = 0;
+    uint64_t maxMemory = 0;
     uint32_t allowed = OB_CAP_ALL;
     bool trace = false;
     std::string uiActions;             // action file, empty for none
@@ -85,6 +86,7 @@ const BudgetOption kBudgetOptions[] = {
     {"--timeout=", &Options::timeoutMs, true},
     {"--max-depth=", &Options::maxDepth, false},
     {"--max-cells=", &Options::maxCells, false},
+    {"--max-memory=", &Options::maxMemory, false},
 };
 
 // A bad command line: what is wrong, the usage line and where to read more.
@@ -446,6 +448,7 @@ int ApplyKeyFile(const std::string& path) {
 void ApplyControls(OB_HANDLE script, const Options& options) {
     int32_t depth = static_cast<int32_t>(std::min<uint64_t>(options.maxDepth, INT32_MAX));
     OB_SetBudgets(script, options.maxSteps, options.timeoutMs, depth, options.maxCells);
+    OB_SetMaxMemory(script, options.maxMemory);
     OB_SetCapabilities(script, options.allowed);
     OB_SetCodePage(script, options.codePage);
     if (options.trace) OB_SetLineHook(script, TraceLine, nullptr);
