@@ -4,10 +4,11 @@
 CMAKE ?= cmake
 CTEST ?= ctest
 JOBS  ?= 2
+PREFIX ?= /usr/local
 
 # Steps run one after another even under `make -j`: deps must finish before configuring.
 .NOTPARALLEL:
-.PHONY: all deps build run test asan bench clean help
+.PHONY: all deps build run test asan tsan fuzz bench clean help install
 
 all: build
 
@@ -17,7 +18,10 @@ help:
 	@echo "make run    deps + build, then run examples/hello.bas"
 	@echo "make test   deps + build, then run every test with ctest"
 	@echo "make asan   deps, then build and test with AddressSanitizer + UBSan (build/asan)"
+	@echo "make tsan   deps, then build and run the host and thread tests under ThreadSanitizer (build/tsan)"
+	@echo "make fuzz   deps + clang, then fuzz each target for FUZZ_SECONDS (default 60) with ASan + UBSan (build/fuzz)"
 	@echo "make bench  build, then time the scripts in bench/"
+	@echo "make install PREFIX=DIR  build, then install under DIR (default /usr/local; DESTDIR honoured)"
 	@echo "make clean  remove the build directories"
 
 deps:
@@ -51,6 +55,21 @@ asan: deps
 	$(call configure_and_build,asan)
 	@echo "== test asan"
 	@$(CTEST) --preset asan -j$(JOBS) --output-on-failure
+
+# Library, headers, runner, pkg-config file and CMake package under PREFIX.
+install: build
+	@$(CMAKE) --install build/default --prefix "$(PREFIX)"
+
+tsan: deps
+	$(call configure_and_build,tsan)
+	@echo "== test tsan"
+	@$(CTEST) --preset tsan -j$(JOBS) --output-on-failure
+
+FUZZ_SECONDS ?= 60
+
+fuzz:
+	@bash scripts/install-deps.sh --fuzz
+	@bash tests/fuzz/run_fuzz.sh $(FUZZ_SECONDS)
 
 bench: build
 	@bash bench/run_bench.sh

@@ -1,11 +1,14 @@
 #!/usr/bin/env bash
 # Installs the Debian packages needed to build and test OrvoBasic.
+# With --fuzz, also what `make fuzz` needs (clang and its libFuzzer runtime).
 # Idempotent: asks dpkg which packages are missing and touches apt only then,
 # so a second run on a ready machine prints one line and changes nothing.
 set -euo pipefail
 
 # Every system package the build, the tests and the tools need. Add new ones here.
-PACKAGES="g++ make cmake ninja-build libgtest-dev libgmock-dev pkg-config python3 libffi-dev python3-dbfread locales"
+PACKAGES="g++ make cmake ninja-build libgtest-dev libgmock-dev pkg-config python3 libffi-dev python3-dbfread locales libedit-dev nettle-dev"
+# Only for `make fuzz`: the fuzz targets are built with clang's libFuzzer.
+FUZZ_PACKAGES="clang libclang-rt-14-dev"
 
 # Prints the packages of $PACKAGES that dpkg does not report as installed.
 missing_packages() {
@@ -40,6 +43,9 @@ ensure_test_locale() {
 }
 
 main() {
+  if [[ "${1:-}" == "--fuzz" ]]; then
+    PACKAGES="$PACKAGES $FUZZ_PACKAGES"
+  fi
   local missing
   missing=$(missing_packages | tr '\n' ' ')
   missing=${missing% }

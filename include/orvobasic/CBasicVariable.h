@@ -10,9 +10,19 @@
 #include <orvobasic/export.h>
 #include <orvobasic/CVarBase.h>
 
+#include <cstdint>
 #include <vector>
 
 class COrvoBasic;
+
+namespace ob {
+// The bytes held by the values of one interpreter: its variables, map
+// entries and records. A variable attached to a meter keeps it up to date on
+// every write; detached variables (temporaries) cost nothing.
+struct MemoryMeter {
+    int64_t bytes = 0;
+};
+}  // namespace ob
 
 class OB_API CBasicVariable {
 public:
@@ -24,7 +34,7 @@ public:
     CBasicVariable(bool v) { Init(); m_items[0].SetValue(v); }
     CBasicVariable(const CBasicVariable& other) { Init(); Set(other); }
     CBasicVariable(CBasicVariable&& other) noexcept;
-    ~CBasicVariable() = default;
+    ~CBasicVariable();
 
     CBasicVariable& operator=(const CBasicVariable& other) { Set(other); return *this; }
     CBasicVariable& operator=(double v) { SetValue(v); return *this; }
@@ -53,6 +63,7 @@ public:
 
     // Writes; each ends by raising the change hook.
     void SetValue(const CString& v);
+    void SetValue(CString&& v);
     void SetValue(const char16_t* v);
     void SetValue(const double& v);
     void SetValue(const int& v);
@@ -71,6 +82,9 @@ public:
     void Set(const CBasicVariable& other);
     void SetFieldName(const CString& name) { Cur().SetFieldName(name); }
     void ReleaseStringBuffer();
+    // Empties every element that holds an object (releasing it); no change
+    // hook is raised.
+    void ReleaseObjects();
     char16_t* GetStringBuffer(int length) { return Cur().GetStringBuffer(length); }
 
     // Positioning and sizing.
@@ -94,6 +108,15 @@ public:
     void RemoveChangeEvent() { m_eventOwner = nullptr; }
     bool HasChangeEvent() const { return m_eventOwner != nullptr; }
 
+    // Counts this variable's bytes, plus `extraBytes` for the entry that holds
+    // it (its key), on `meter` from now on until it is destroyed. Copies are
+    // not attached.
+    void AttachMeter(ob::MemoryMeter* meter, int64_t extraBytes);
+    // Bytes charged to the meter; 0 when not attached.
+    int64_t ChargedBytes() const { return m_charged; }
+    // Bytes of the elements' storage and texts, attached or not.
+    int64_t ContentBytes() const;
+
     // The hard ceiling of an array's size.
     static constexpr int kMaxItems = 16000;
 
@@ -101,6 +124,12 @@ private:
     void Init();
     int AddValue(const CVarBase& value);
     void OnChange();
+    static int64_t ItemBytes(const CVarBase& item) {
+        return static_cast<int64_t>(sizeof(CVarBase) + item.HeapBytes());
+    }
+    int64_t Weigh(size_t index) const { return m_meter ? ItemBytes(m_items[index]) : 0; }
+    void Changed(size_t index, int64_t before);
+    void Recharge();
     CVarBase& Cur() { return m_items[static_cast<size_t>(m_curIndex)]; }
     const CVarBase& Cur() const { return m_items[static_cast<size_t>(m_curIndex)]; }
 
@@ -108,6 +137,9 @@ private:
     int m_curIndex = 0;
     COrvoBasic* m_eventOwner = nullptr;
     CString m_eventName;
+    ob::MemoryMeter* m_meter = nullptr;
+    int64_t m_charged = 0;   // bytes this variable has charged to m_meter
+    int64_t m_extra = 0;     // of which for the entry that holds it
 };
 
 using CArgArray = std::vector<CBasicVariable>;

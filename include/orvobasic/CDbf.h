@@ -3,8 +3,9 @@
 // A table is a 32-byte header, one 32-byte descriptor per field, the byte
 // 0x0D, then fixed-length records: a flag byte (" " live, "*" deleted) and
 // each field's characters, left-aligned and padded with spaces. Text in the
-// file is 8-bit Windows-1252; everything crossing this interface is UTF-16
-// (CString).
+// file is 8-bit, Windows-1252 unless SetCodePage chooses UTF-8 (then a value
+// longer than its field is cut before a whole character); everything
+// crossing this interface is UTF-16 (CString).
 //
 // CDbf keeps one current record as name/value pairs (CAttributePair): the
 // read operations fill them, the write operations write them out. Record
@@ -18,6 +19,7 @@
 #pragma once
 
 #include <orvobasic/CString.h>
+#include <orvobasic/codepage.h>
 #include <orvobasic/export.h>
 
 #include <cstdint>
@@ -130,6 +132,9 @@ public:
     uint32_t GetNumFields() const { return m_numFields; }
     uint32_t GetHeaderLength() const { return m_headerLength; }
     uint32_t GetRecordLength() const { return m_recordLength; }
+    // The code page of the text in the file; set it before opening.
+    ob::CodePage GetCodePage() const { return m_codePage; }
+    void SetCodePage(ob::CodePage codePage) { m_codePage = codePage; }
 
     // ---- fields ----
 
@@ -239,4 +244,5 @@ private:
     std::vector<bool> m_attributeFilter;
     std::vector<CAttributePair> m_pairs;
     int m_mode = modeRead;
+    ob::CodePage m_codePage = ob::CodePage::Windows1252;
 };

@@ -11,6 +11,8 @@
 
 #include <orvobasic/CBasicVariable.h>
 #include <orvobasic/CString.h>
+#include <orvobasic/dialogs.h>
+#include <orvobasic/codepage.h>
 #include <orvobasic/export.h>
 #include <orvobasic/hostcontrol.h>
 
@@ -21,6 +23,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -126,10 +129,21 @@ class CMapDirectory;
 class CEventTable;
 class CFileSlotTable;
 class CDataFileTable;
+struct CDialogState;
+struct CPropertyPageInfo;
+class CNativeCall;
+struct CDeclaredArg;
 class CSerialPort;
 class CSerialPortTable;
+class CSourceMap;
+struct SourceRequest;
+struct OutputHooks;
 
 }  // namespace ob
+
+namespace ob::platform {
+class CLibrarySet;
+}
 
 class COrvoBasic;
 struct CFuncDesc;
@@ -159,6 +173,7 @@ struct CFuncDesc {
     std::vector<uint32_t> paramFlags;
     uint32_t returnFlags = 0;
     bool isSub = false;
+    std::shared_ptr<ob::CNativeCall> native;   // the call interface prepared from the flags
 };
 
 class OB_API COrvoBasic {
@@ -171,6 +186,24 @@ public:
     // ---- lifecycle (engine) ----
     // Loads and runs a script; false only when the file could not be loaded.
     bool ExecuteProgram(const CString& path);
+    // Runs a script held in memory (its bytes as a script file holds them)
+    // under `name`, which reports and the "OnStart" event show as its path.
+    bool ExecuteProgramText(const CString& name, const std::string& bytes);
+    // Adds statements (script-file bytes) to the text of a live session and
+    // runs them at once, keeping every variable, function and file of the
+    // chunks before. A chunk that defines a function or sub is only
+    // entered; false then, and true when statements ran.
+    bool ExecuteInteractive(const CString& name, const std::string& bytes);
+    // Arguments for the script: when there is at least one, the run starts
+    // with the global array ARGV holding them (ARGV[0] the first).
+    void SetScriptArguments(std::vector<CString> arguments) { m_scriptArguments = std::move(arguments); }
+    // The script bytes handed over by ExecuteProgramText while they load; null otherwise.
+    const std::string* ScriptBytesInMemory() const { return m_sourceBytes; }
+    // A load error about a file, with the system's errno (0: none).
+    void ReportLoadErrorAbout(int id, const CString& file, const CString& subject, int osError);
+    // Calls `visit` with each variable of the main program and each global
+    // (name as the script writes it, the variable), in name order.
+    void ForEachMainVariable(const std::function<void(const CString&, const CBasicVariable&)>& visit) const;
     bool IsResident() const { return m_resident; }
     CString GetLastError() const { return m_lastError; }
     const CString& GetScriptPath() const { return m_scriptPath; }
@@ -179,10 +212,22 @@ public:
     // Shows message `id` with the current source line; throws ob::ScriptAbort
     // when the user cancels.
     void ReportError(int id);
+    // ReportError for an error about a name or path, with the system's
+    // errno after a failed file operation (0: none); the report's record
+    // then names it, suggests a close defined name and adds a hint.
+    void ReportErrorAbout(int id, const CString& subject, int osError = 0);
     CString GetCurrentLine();
+    // Longest source line text an error report shows; longer lines are cut.
+    static constexpr size_t kMaxShownLine = 1000;
     static CString LoadMessage(int id);
     // 1-based line of a text position.
     int LineOfPosition(uint32_t position) const;
+    // The file a text position was written in (the script, or a file it
+    // includes or uses as a library) and, in `line`, its 1-based line there.
+    const CString& LocateSource(uint32_t position, int& line) const;
+    // Reports an error met while loading the program, at `line` of `file`
+    // (0: the file as a whole); throws ob::ScriptAbort when the user cancels.
+    void ReportLoadError(int id, const CString& file, int line, const CString& sourceLine);
 
     // ---- registry and host interface ----
     static std::list<void*> m_List;
@@ -243,12 +288,68 @@ public:
     using LineHook = std::function<int(const CString& script, int line, unsigned level)>;
     void SetLineHook(LineHook hook);
     // Gives a script started by "run" the capabilities, budgets, resolver,
-    // hooks and error handler of `parent`, and makes it stop when `parent`
+    // hooks, error handler, code page and output hooks of `parent`, and makes it stop when `parent`
     // is asked to stop. `parent` must outlive this interpreter.
     void InheritHostControl(const COrvoBasic& parent);
 
+    // Called before an operation builds or copies `bytes` of script data
+    // that no variable holds yet (a string it concatenates, repeats or
+    // reads, a copy of a variable): counts them against the memory budget
+    // until the statement ends, and looks at the deadline and at stop
+    // requests every megabyte or so of such work. False when the run has to
+    // end (it then has ended): the caller gives up without allocating.
+    [[nodiscard]] bool MayAllocate(uint64_t bytes) {
+        if (!m_controlActive && !m_stopRequested.load(std::memory_order_relaxed)) return !m_halted;
+        return LongOperationAllowed(bytes, bytes);
+    }
+    // The same for work that allocates nothing (scanning, reading).
+    [[nodiscard]] bool MayContinue(uint64_t work) {
+        if (!m_controlActive && !m_stopRequested.load(std::memory_order_relaxed)) return !m_halted;
+        return LongOperationAllowed(0, work);
+    }
+    // Bytes the memory budget counts now: values held, copies made by the
+    // statement being executed, control-flow entries, and what the script
+    // that started this one (by "run") held when it did.
+    uint64_t MemoryInUse() const;
+    ob::MemoryMeter& Meter() { return m_meter; }
+    // Ends the run because the system had no memory left (OB_E_NO_MEMORY).
+    void OutOfMemory();
+
     // Scope level: 1 in the main program, +1 per user-function call.
     unsigned GetScopeLevel() const { return m_scopeLevel; }
+
+    // ---- 8-bit text ----
+    // The code page of the script's 8-bit text: script files without a
+    // UTF-8 sign, 8-bit text files, dBase tables, serial lines, "string"
+    // parameters of declared functions. Windows-1252 unless the host sets it.
+    void SetCodePage(ob::CodePage codePage) { m_codePage = codePage; }
+    ob::CodePage GetCodePage() const { return m_codePage; }
+    // Conversions between 8-bit text and CString in that code page; every
+    // 8-bit text the script reads or writes goes through these.
+    CString AnsiToWide(std::string_view bytes) const;
+    void AnsiToWide(std::string_view bytes, CString& out) const;   // appends
+    std::string WideToAnsi(std::u16string_view text) const;
+
+    // ---- what the script shows ----
+    // A "print" text and any other message box: to the host's output hooks
+    // when it set them (OB_SetOutputHandlers), else to the desktop.
+    void ShowPrint(const CString& text);
+    int ShowMessageBox(const CString& text, unsigned style);
+    // Replaces the hooks (null: the desktop shows everything).
+    void SetOutputHooks(std::shared_ptr<const ob::OutputHooks> hooks) { m_outputHooks = std::move(hooks); }
+
+    // ---- variables for hosts ----
+    // Element `index` (-1: the current element) of the variable `name`,
+    // found as a statement at the current scope level finds it: a global by
+    // its exact spelling first, then a local of the current level in any
+    // case ("r.field" names a record field). False, with nothing reported,
+    // when there is no such variable or element.
+    bool GetVariableValue(const CString& name, int index, CBasicVariable& value);
+    // Stores `value`'s current element there as an assignment does (a watch
+    // on it fires). A name not yet defined is created as a local of the
+    // current level when `index` is 0 or -1. False, with nothing reported,
+    // when the element does not exist and cannot be created.
+    bool SetVariableValue(const CString& name, int index, const CBasicVariable& value);
 
     // Bounds that keep the C++ stack safe.
     static constexpr int kMaxCallDepth = 20000;
@@ -289,6 +390,9 @@ public:
     bool ComputeOperation(int op, CBasicVariable& left, CBasicVariable& right);
     bool ComputeArithmetic(int op, double& a, double b);
     bool ComputeString(int op, CString& a, const CString& b);
+    bool BuildConcatenation(const CString& left, const CString& right, CString& out);
+    // Characters a long concatenation copies between two looks at the budgets.
+    static constexpr size_t kConcatSlice = size_t{1} << 20;
     static int GetArithOperation(char16_t c);
 
     // variable store
@@ -316,6 +420,7 @@ public:
 
     // control flow
     bool LabelsScan();
+    bool ScanDefinitions(uint32_t from);
     bool LabelsFree();
     bool LabelAdd(const CString& name, uint32_t position);
     bool LabelGet(const CString& name, uint32_t& position) const;
@@ -348,6 +453,20 @@ public:
     // The descriptor of a callable name (host table first), or null.
     const CFuncDesc* FindFuncDesc(const CString& lowerName) const;
 
+    // declared library functions
+    bool ExecDeclare();
+    // Flags of a type keyword in a declaration (1 char, 4 integer, 8 float
+    // and double, 0x1040 string, 0x1020 unicode); 0 for any other keyword.
+    static uint32_t GetReturnTypeDef(ob::KEYWORD_TYPE keyword);
+    // Calls a declared function. With `sources` (one per argument), arguments
+    // written as a bare variable get by-reference results back and record
+    // arguments travel as their buffers; without, nothing comes back.
+    bool ExecExternalFunction(const CFuncDesc& desc, CBasicVariable& result, CArgArray& args,
+                              const std::vector<ob::CDeclaredArg>* sources = nullptr);
+    // Reads the argument list of a call to declared function `name` (left at
+    // its closing ")") and calls it.
+    bool ExecDeclaredCall(const CString& name, CBasicVariable& result);
+
     // string, arithmetic and clock built-ins
     bool ExecStringOperation(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
     bool ExecArithmetics(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
@@ -374,6 +493,20 @@ public:
     bool ExecTimerStart();
     bool ExecTimerStop();
 
+    // automation objects
+    bool ExecCreateObject(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    // name is "variable.method"; the arguments are passed by value.
+    bool ExecAutomationMethod(const CString& name, CBasicVariable& result, CArgArray& args);
+    // An unknown property gives no value and no error.
+    bool GetObjectProperty(CBasicVariable& result, IDispatch* object, const CString& property);
+    // target is "variable.property".
+    bool SetObjectProperty(const CString& target, const CBasicVariable& value);
+    bool GetDispID(IDispatch* object, const CString& name, DISPID& dispid);
+    // True for success; otherwise the failure is shown to the user.
+    bool HandleAutomationError(HRESULT code, EXCEPINFO& exception);
+    // Releases the objects held by variables of this scope level and deeper.
+    bool ObjectVariablesFree(unsigned level);
+
     // running other scripts and programs
     bool ExecRun(bool script);
 
@@ -388,6 +521,30 @@ public:
     ob::CFileSlotTable& FileSlots() { return *m_fileSlots; }
     ob::CDataFileTable& DataFiles() { return *m_dataFiles; }
 
+    // dialogs, property sheets and their controls
+    bool ExecControl(std::unique_ptr<uint16_t[]>& record, size_t& length, CString& handler, int& id);
+    bool ExecDialog();
+    bool ExecPropertySheet();
+    std::unique_ptr<ob::CPropertyPageInfo> ExecPropertyPage();
+    bool ExecCloseDialog();
+    bool ExecAlterControl();
+    bool ExecSetFocus();
+    bool ExecGetControlValue(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    // The control with this id in the innermost running dialog, or 0.
+    ob::ui::WindowHandle GetControlWindow(int id);
+    bool GetControlValue(ob::ui::WindowHandle control, CBasicVariable& result);
+    bool ExecControlValue(ob::ui::WindowHandle control, CArgArray& values);
+    bool ExecControlSelection(ob::ui::WindowHandle control, const CBasicVariable& value);
+    bool GDIObjectsFree();
+    // A denied statement: its line, or its whole block for the block statements.
+    void SkipDeniedStatement(ob::COMMAND_TYPE command);
+    ob::CDialogState& Dialogs() { return *m_dialogs; }
+    ob::ui::Desktop& Desktop() { return *m_desktop; }
+    // Errors from here on are reported at this text position (a line inside
+    // a block statement).
+    void SetStatementStart(uint32_t position) { m_stmtPos = position; }
+    // True once nothing more of the run may execute: halted, or asked to stop.
+    bool RunAbandoned() const;
     // serial ports, keyed by the low 16 bits of the port number
     bool ExecComPortOperation(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
     // Closes whatever port has the number, then stores `port`; true.
@@ -416,7 +573,11 @@ public:
     void SetArgBufferCount(size_t n) { m_argBuffers = n; }
 
 private:
-    bool LoadFile(const CString& path);
+    void DecodeScript(const std::string& bytes, CString& out) const;
+    void DefineScriptArguments();
+    bool LoadSources(const CString& path, bool& aborted);
+    void WriteEncryptedCopies(const std::vector<ob::SourceRequest>& requests);
+    void DeliverError(const CString& message);
     void ExecStatement();
     void DispatchStatement(ob::BASIC_TOKEN_TYPE type);
     void RunMainLoop();
@@ -448,6 +609,8 @@ private:
     void FreeScriptFunctionDescs();
     bool ExpressionTooDeep();
     void HostChecks();
+    bool LongOperationAllowed(uint64_t bytes, uint64_t work);
+    void AdoptVariable(const CString& key, std::unique_ptr<CBasicVariable> variable);
     void EndRun(int runResult);
     bool StopRequestedAtJump();
     void UpdateControlActive();
@@ -457,6 +620,18 @@ private:
     bool CallAllowed(const CFuncDesc& desc);
     void SkipArgumentList();
     void FillErrorRecord(int id, const CString& message);
+    void AddDiagnostics(ob::ErrorRecord& record) const;
+    CString ClosestDefinedName(int id, const CString& name) const;
+    CString HintFor(const ob::ErrorRecord& record) const;
+    void ApplyHostDefaults();
+    uint32_t LineEndBefore(uint32_t position) const;
+
+    // Declared before every table of values, so that it outlives them all.
+    ob::MemoryMeter m_meter;
+    uint64_t m_transient = 0;          // copies made by the statement being executed
+    uint64_t m_transientBase = 0;      // of which made by the statements of the callers
+    uint64_t m_work = 0;               // long-operation work since the clock was last read
+    uint64_t m_inheritedMemory = 0;    // what the script that ran this one held
 
     // Facts about the program text that never change while it runs, so that
     // loops and calls do not classify the same characters again.
@@ -485,6 +660,8 @@ private:
         CString token;
     };
     std::unordered_map<uint64_t, PairEnd> m_pairCache;   // FindLastPair answers by start
+    std::unordered_map<uint64_t, uint32_t> m_blockEnds;  // inner blocks: opener -> after its closer
+    static uint64_t BlockKey(uint32_t opener, ob::COMMAND_TYPE open) { return (uint64_t{opener} << 6) | open; }
     std::unordered_map<uint32_t, VarCacheEntry> m_varCache;
     uint64_t m_varGeneration = 1;     // bumped whenever a variable is created or deleted
     std::vector<CString> m_levelSuffixes;
@@ -497,6 +674,8 @@ private:
     uint32_t m_length = 0;
     uint32_t m_endIndex = 0;
     std::vector<uint32_t> m_lineStarts;
+    std::unique_ptr<ob::CSourceMap> m_sourceMap;   // text lines to the files they came from
+    bool m_textHasNul = false;       // a NUL character ends a line for error reports
     uint32_t m_stmtPos = 0;          // where the statement being executed began
 
     // tables
@@ -515,6 +694,8 @@ private:
     std::unique_ptr<ob::CEventTable> m_events;
     std::unique_ptr<ob::CFileSlotTable> m_fileSlots;
     std::unique_ptr<ob::CDataFileTable> m_dataFiles;
+    std::unique_ptr<ob::CDialogState> m_dialogs;
+    std::unique_ptr<ob::platform::CLibrarySet> m_libraries;   // opened by declared calls, kept open
     std::unique_ptr<ob::CSerialPortTable> m_comPorts;
 
     // state
@@ -539,11 +720,17 @@ private:
     std::chrono::steady_clock::time_point m_deadline{};
     int m_runResult = OB_OK;
     ob::ErrorRecord m_lastErrorRecord;
+    CString m_errorSubject;   // set by ReportErrorAbout for the one report
+    const std::string* m_sourceBytes = nullptr;   // a script from memory, while it loads
+    std::vector<CString> m_scriptArguments;
+    int m_errorOsError = 0;
     ErrorHandler m_errorHandler;
     unsigned m_capabilities = OB_CAP_ALL;
     PathResolver m_pathResolver;
     LineHook m_lineHook;
     std::vector<ob::CallFrame> m_callChain;
+    ob::CodePage m_codePage = ob::CodePage::Windows1252;
+    std::shared_ptr<const ob::OutputHooks> m_outputHooks;
 
     // current token
     ob::COMMAND_TYPE m_command = ob::CMD_NONE;

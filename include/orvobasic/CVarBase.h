@@ -32,6 +32,8 @@ public:
 
     void SetValue(const char16_t* text);
     void SetValue(const CString& text);
+    // Takes the text over without copying it.
+    void SetValue(CString&& text);
     void SetValue(const double& number);
     void SetValue(long number);
     void SetValue(bool truth);
@@ -73,8 +75,19 @@ public:
     // Empties the value (back to unset), releasing an object.
     void Clear();
 
+    // How many values in the whole process hold an object reference now
+    // (cheap: lets callers skip looking for objects when there are none).
+    static long HeldObjectCount();
+    // Heap bytes the value's texts occupy (its string, buffer and field name);
+    // texts short enough to live inside the object count nothing.
+    size_t HeapBytes() const { return TextBytes(m_str) + TextBytes(m_buffer) + TextBytes(m_fieldName); }
+
 private:
     static const CString& EmptyString();
+    static size_t TextBytes(const CString& s) {
+        static const size_t inlineCapacity = CString().capacity();
+        return s.capacity() > inlineCapacity ? (s.capacity() + 1) * sizeof(char16_t) : 0;
+    }
     void CopyValueFrom(const CVarBase& other);
 
     CString m_fieldName;

@@ -3,17 +3,24 @@
 // the message loop that delivers them; dialogs as they arrive). The library's
 // default is the headless desktop, which answers every box with OK and keeps
 // no window; the command-line runner installs its console desktop.
+//
+// Scripts on several threads share the desktop: its members are called from
+// whichever thread runs a script, possibly at the same time, so a desktop
+// must be thread-safe (the built-in ones are).
 #pragma once
 
 #include <orvobasic/CString.h>
+#include <orvobasic/dialogs.h>
 #include <orvobasic/export.h>
 #include <orvobasic/hostcontrol.h>
 
 #include <memory>
+#include <vector>
 
 namespace ob::ui {
 
 class MessageLoop;
+class WindowSystem;
 
 // A timer's tick: called from the message loop on the loop's thread with the
 // context and the id that SetTimer gave.
@@ -61,22 +68,67 @@ public:
     // with its own timers and event loop.
 
     // Starts a repeating timer: proc(context, id) runs from the message loop
-    // every intervalMs (at least 10). Returns the timer's id (never 0), or 0
+    // every intervalMs (at least 10). The timer belongs to the calling
+    // thread: only that thread's loop delivers it. Returns the timer's id (never 0), or 0
     // when no timer could be made.
     virtual unsigned SetTimer(unsigned intervalMs, TimerProc proc, void* context);
     // Stops a timer: its proc is not called again, even when this is called
     // from inside its own tick. False when the id is unknown.
     virtual bool KillTimer(unsigned timerId);
-    // Runs the message loop on the calling thread, delivering ticks as they
-    // fall due, until timeoutMs has passed (negative: no limit) or
+    // Runs the message loop on the calling thread, delivering this thread's
+    // ticks as they fall due, until timeoutMs has passed (negative: no limit) or
     // QuitMessageLoop is called. True when ended by QuitMessageLoop.
     virtual bool RunMessageLoop(int timeoutMs);
     // Ends the running loop, or the next one to start when none runs.
     // Async-signal-safe, callable from any thread.
     virtual void QuitMessageLoop();
 
+    // Dialogs, property sheets and their controls. The defaults keep every
+    // window in memory with the state the real control keeps, and let an
+    // action script (below) play the user; a desktop with a window system
+    // overrides all of them together.
+
+    // Runs a modal dialog made from template bytes, reporting its window
+    // events to `sink` on this thread; returns the value given to EndDialog,
+    // or -1 when the template is refused (nothing was created).
+    virtual int DoModalDialog(const uint8_t* templ, size_t length, DialogSink& sink);
+    // Runs a modal property sheet with these pages; the sheet's own sink
+    // receives OnCreate and OnDestroy only. Returns as DoModalDialog.
+    virtual int DoModalPropertySheet(const CString& caption, const std::vector<SheetPage>& pages,
+                                     DialogSink& sheetSink);
+    // Makes the modal loop of a dialog or sheet return `result`.
+    virtual bool EndDialog(WindowHandle dialog, int result);
+    // The control with this id in a dialog or page; in a sheet, its own
+    // buttons first, then the controls of the current page, then of the
+    // other pages shown so far. 0 when there is none.
+    virtual WindowHandle GetDlgItem(WindowHandle dialog, int id);
+    virtual CString GetClassName(WindowHandle window);
+    virtual intptr_t SendMessage(WindowHandle window, unsigned message, uintptr_t wParam, intptr_t lParam);
+    virtual CString GetWindowText(WindowHandle window);
+    virtual void SetWindowText(WindowHandle window, const CString& text);
+    virtual void EnableWindow(WindowHandle window, bool enable);
+    virtual void ShowWindow(WindowHandle window, int command);
+    virtual void SetFocus(WindowHandle window);
+    virtual void SetFont(WindowHandle window, const FontDescription& font);
+
+    // Action scripts: what a person does in the in-memory dialogs, one
+    // action per line (see the README). Loading replaces the actions left
+    // and clears an earlier failure;
+    // `name` is what notes and errors call the file. False, with the
+    // reason in `error` ("NAME:LINE: ..."), when a line is malformed.
+    bool LoadUiActions(const CString& text, const CString& name, CString& error);
+    // True once an action failed (a missing control, another dialog than
+    // expected): every modal loop then ends at once.
+    bool UiActionsFailed() const;
+    // A one-line note about the actions (a dialog cancelled for want of
+    // actions, an action that failed); default: stderr.
+    virtual void UiNote(const CString& line);
+    // The text of a "snapshot" action; default: stdout.
+    virtual void UiOutput(const CString& text);
+
 private:
     std::unique_ptr<MessageLoop> m_loop;
+    std::unique_ptr<WindowSystem> m_windows;
 };
 
 // The process-wide desktop. SetDesktop(nullptr) restores the headless one.

@@ -41,10 +41,12 @@ bool COrvoBasic::StoreAssignment(const CString& target, uint32_t targetPos, BASI
                                  int index, const CBasicVariable& value) {
     if (kind == STRUCT_MEMBER) return true;
     if (kind == UNKNOWN_MEMBER) {
-        CString name = target.Left(target.Find(u'.'));
-        ReportError(FindVariable(name) ? 31 : 37);   // object properties need the automation layer
+        if (IsAllowed(OB_CAP_AUTOMATION)) return SetObjectProperty(target, value);
+        ReportError(21);
         return false;
     }
+    // The store copies the value: counted like the copies that made it.
+    if (!MayAllocate(static_cast<uint64_t>(value.ContentBytes()))) return false;
     CBasicVariable* var = FindVariableAt(targetPos, target);
     int size = !var ? 0 : (var->GetNumItems() == 1 && !var->GetItem(0).IsSet()) ? 0 : var->GetNumItems();
     if ((size > 1 && !indexed) || value.GetNumItems() > 1) {
@@ -88,6 +90,6 @@ bool COrvoBasic::ExecPrint() {
     } while (!m_token.empty() && (m_token[0] == u';' || m_token[0] == u','));
     output += u'\n';
     if (m_halted) return false;
-    ui::GetDesktop().PrintBox(output);
+    ShowPrint(output);
     return true;
 }

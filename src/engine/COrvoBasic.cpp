@@ -5,36 +5,45 @@
 
 #include "engine/Capabilities.h"
 #include "engine/EventTable.h"
+#include "engine/SourceMap.h"
+#include "engine/ScriptGate.h"
 #include "io/DataFileTable.h"
 #include "io/FileSlots.h"
 #include "io/SerialPorts.h"
 #include "platform/CodePage.h"
+#include "platform/DynamicLibrary.h"
 #include "platform/LargeStack.h"
+#include "ui/ScriptDialog.h"
 #include "values/Maps.h"
 #include "values/UserTypes.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <memory>
+#include <new>
 
 using namespace ob;
 
 COrvoBasic::COrvoBasic()
-    : m_types(std::make_unique<CUserTypes>()),
-      m_maps(std::make_unique<CMapDirectory>()),
+    : m_sourceMap(std::make_unique<CSourceMap>()),
+      m_types(std::make_unique<CUserTypes>()),
+      m_maps(std::make_unique<CMapDirectory>(&m_meter)),
       m_events(std::make_unique<CEventTable>()),
       m_fileSlots(std::make_unique<CFileSlotTable>()),
       m_dataFiles(std::make_unique<CDataFileTable>()),
+      m_dialogs(std::make_unique<CDialogState>()),
+      m_libraries(std::make_unique<platform::CLibrarySet>()),
       m_comPorts(std::make_unique<CSerialPortTable>()) {
     BuildCommandTable();
     BuildFunctionTable();
     BuildKeywordTable();
     m_scopeLevel = 1;
     m_desktop = &ui::GetDesktop();
+    ApplyHostDefaults();
     AddToNotifyList();
-    ++m_nNumberOfCopies;
     CBasicVariable nothing;
     nothing.SetValue(static_cast<IDispatch*>(nullptr));
     SetVariableDirect(u"Nothing", nothing, 0, true);
@@ -44,6 +53,8 @@ COrvoBasic::COrvoBasic()
 }
 
 COrvoBasic::~COrvoBasic() {
+    ScriptUse closing(this, ScriptUse::Wait::Always);   // waits while another thread uses it
+    closing.Close();
     ExecTimerStop();
     RemoveFromNotifyList();
     LabelsFree();
@@ -54,34 +65,23 @@ COrvoBasic::~COrvoBasic() {
     EventsFree();
     FileCloseAll();
     FileFormatCloseAll();
+    GDIObjectsFree();
+    m_libraries.reset();   // after the descriptors whose entry points lie in them
     COMPortCloseAll();
-    --m_nNumberOfCopies;
 }
 
-// Reads the whole file as 8-bit text (up to a first NUL byte) and appends one line feed.
-bool COrvoBasic::LoadFile(const CString& path) {
-    std::FILE* f = std::fopen(path.ToUtf8().c_str(), "rb");
-    if (!f) return false;
-    std::string bytes;
-    char chunk[65536];
-    size_t n;
-    while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0) bytes.append(chunk, n);
-    bool failed = std::ferror(f) != 0;
-    std::fclose(f);
-    if (failed) return false;
-    // The bytes are taken as one zero-terminated 8-bit string: a NUL byte ends the text.
-    size_t nul = bytes.find('\0');
-    if (nul != std::string::npos) bytes.resize(nul);
-    m_text.clear();
-    platform::AnsiToWide(bytes, m_text);
-    m_text.push_back(u'\n');
-    return true;
+// Script bytes as text, appended to `out` with one line feed after them.
+// The bytes are taken as one zero-terminated 8-bit string: a NUL byte ends the text.
+void COrvoBasic::DecodeScript(const std::string& bytes, CString& out) const {
+    platform::DecodeScriptText(std::string_view(bytes).substr(0, bytes.find('\0')), m_codePage, out);
+    out.push_back(u'\n');
 }
 
 // Line starts of the program text, for error locations. A line ends at LF,
 // at CR LF, or at a lone CR.
 void COrvoBasic::BuildLineIndex() {
     m_lineStarts.assign(1, 0);
+    m_textHasNul = m_text.find(u'\0') != CString::npos;
     for (uint32_t i = 0; i < m_length; ++i) {
         char16_t c = m_text[i];
         if (c == u'\n' || (c == u'\r' && (i + 1 >= m_length || m_text[i + 1] != u'\n')))
@@ -100,6 +100,7 @@ void COrvoBasic::ForgetTextCaches() {
     m_numberCache.clear();
     m_varCache.clear();
     m_pairCache.clear();
+    m_blockEnds.clear();
 }
 
 void COrvoBasic::SetProgramText(const CString& text) {
@@ -108,11 +109,14 @@ void COrvoBasic::SetProgramText(const CString& text) {
     m_text.push_back(u'\n');
     m_length = static_cast<uint32_t>(m_text.size());
     m_endIndex = m_length - 1;
+    m_sourceMap->Reset(m_scriptPath);
     BuildLineIndex();
     Rewind();
 }
 
 bool COrvoBasic::ExecuteProgram(const CString& path) {
+    ScriptUse use(this);
+    if (!use) return false;   // busy on another thread, and this thread is inside a script
     ForgetTextCaches();
     m_text.clear();
     m_scriptPath = path;
@@ -120,20 +124,18 @@ bool COrvoBasic::ExecuteProgram(const CString& path) {
     m_halted = false;
     SetBudgets(m_budgets);   // budgets count from the start of the run
     m_stmtPos = 0;
-    if (!LoadFile(path)) {
-        try {
-            ReportError(17);
-        } catch (const ScriptAbort&) {
-        }
-        return false;
-    }
+    m_lineStarts.clear();
+    bool aborted = false;
+    if (!LoadSources(path, aborted)) return false;
     m_length = static_cast<uint32_t>(m_text.size());
     m_endIndex = m_length - 1;
     m_prevTokenType = DELIMITER;
     BuildLineIndex();
+    DefineScriptArguments();
     // The run gets a stack of its own, so deep script recursion does not
     // depend on the host thread's stack.
-    platform::RunOnLargeStack([this] {
+    platform::RunOnLargeStack([this, aborted] {
+        if (aborted) return;
         try {
             LabelsScan();
             m_stop = false;
@@ -143,6 +145,8 @@ bool COrvoBasic::ExecuteProgram(const CString& path) {
             if (!m_halted) EventThrow(u"OnStop", args);
         } catch (const ScriptAbort&) {
             m_stop = true;
+        } catch (const std::bad_alloc&) {
+            OutOfMemory();
         }
     });
     return true;
@@ -170,6 +174,7 @@ void COrvoBasic::DispatchStatement(BASIC_TOKEN_TYPE type) {
     switch (type) {
     case VARIABLE:
     case COMMAND:
+    case UNKNOWN_MEMBER:   // object.property = value
         if (m_controlActive || m_stopRequested.load(std::memory_order_relaxed)) {
             HostChecks();
             if (m_halted) return;
@@ -227,8 +232,8 @@ const StatementEntry kStatements[] = {
     {CMD_DIM, [](COrvoBasic& b) { return b.ExecDim(false); }, kInside},
     {CMD_FUNCTION, [](COrvoBasic& b) { b.ReportError(28); return false; }, kInside},
     {CMD_SUB, [](COrvoBasic& b) { b.ReportError(28); return false; }, kInside},
-    {CMD_DECLARE, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kNative},
-    {CMD_DIALOG, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kDialogs},
+    {CMD_DECLARE, [](COrvoBasic& b) { return b.ExecDeclare(); }, kNative},
+    {CMD_DIALOG, [](COrvoBasic& b) { return b.ExecDialog(); }, kDialogs},
     {CMD_INCLUDE, [](COrvoBasic& b) { return b.ExecCommandStatement(); }, kInside},
     {CMD_LIBRARY, [](COrvoBasic& b) { return b.ExecCommandStatement(); }, kInside},
     {CMD_REM, [](COrvoBasic& b) { return b.ExecCommandStatement(); }, kInside},
@@ -243,15 +248,15 @@ const StatementEntry kStatements[] = {
     {CMD_EVENT, [](COrvoBasic& b) { return b.ExecEvent(); }, kInside},
     {CMD_THROW, [](COrvoBasic& b) { return b.ExecThrow(); }, kInside},
     {CMD_WATCH, [](COrvoBasic& b) { return b.ExecWatch(); }, kInside},
-    {CMD_CLOSEDIALOG, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kDialogs},
-    {CMD_ALTER, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kDialogs},
+    {CMD_CLOSEDIALOG, [](COrvoBasic& b) { return b.ExecCloseDialog(); }, kDialogs},
+    {CMD_ALTER, [](COrvoBasic& b) { return b.ExecAlterControl(); }, kDialogs},
     {CMD_GLOBAL, [](COrvoBasic& b) { return b.ExecDim(true); }, kInside},
     {CMD_STAYRESIDENT, [](COrvoBasic& b) { b.SetResident(); return true; }, kInside},
     {CMD_PLAYSOUND, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kSound},
     {CMD_TIMERSTART, [](COrvoBasic& b) { return b.ExecTimerStart(); }, kInside},
     {CMD_TIMERSTOP, [](COrvoBasic& b) { return b.ExecTimerStop(); }, kInside},
-    {CMD_SETFOCUS, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kDialogs},
-    {CMD_PROPERTYSHEET, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kDialogs},
+    {CMD_SETFOCUS, [](COrvoBasic& b) { return b.ExecSetFocus(); }, kDialogs},
+    {CMD_PROPERTYSHEET, [](COrvoBasic& b) { return b.ExecPropertySheet(); }, kDialogs},
     {CMD_THEN, nullptr, kInside},
     {CMD_TO, nullptr, kInside},
     {CMD_EOL, nullptr, kInside},

@@ -25,7 +25,12 @@ bool COrvoBasic::LabelGet(const CString& name, uint32_t& position) const {
 // subs. A duplicate label is reported with message 6 and ends the scan.
 bool COrvoBasic::LabelsScan() {
     LabelsFree();
-    Rewind();
+    return ScanDefinitions(0);
+}
+
+// Enters the labels and the functions and subs defined from `from` on.
+bool COrvoBasic::ScanDefinitions(uint32_t from) {
+    if (from == 0 || !Rewind(from)) Rewind();
     for (;;) {
         m_stmtPos = m_pos;
         uint32_t before = m_pos;
@@ -55,13 +60,16 @@ bool COrvoBasic::ExecGoto() {
     get_token();
     uint32_t position = 0;
     if (LabelGet(m_token, position) && Rewind(position)) return true;
-    ReportError(7);
+    ReportErrorAbout(7, m_token);
     return false;
 }
 
 // Skips forward to the end of a block; returns the command that stopped it.
 // Where a block ends depends on the text alone, so the answer for a start
 // position is remembered and a loop that skips the same block again jumps.
+// Blocks nested inside the skipped one are remembered by their opening word
+// too: a later skip of an enclosing block jumps over them, so skipping out
+// of deeply nested blocks one level after another stays linear.
 COMMAND_TYPE COrvoBasic::FindLastPair(COMMAND_TYPE open, COMMAND_TYPE close, COMMAND_TYPE stop) {
     uint64_t key = (uint64_t{m_pos} << 18) | (uint64_t(open) << 12) | (uint64_t(close) << 6) | uint64_t(stop);
     auto cached = m_pairCache.find(key);
@@ -75,14 +83,26 @@ COMMAND_TYPE COrvoBasic::FindLastPair(COMMAND_TYPE open, COMMAND_TYPE close, COM
         m_token = end.token;
         return m_command;
     }
-    int depth = 1;
+    std::vector<uint32_t> nested;   // openers of the inner blocks not yet closed
     for (;;) {
         uint32_t before = m_pos;
         if (get_token() == TOKEN_NONE && m_pos == before) NextChar();
-        if (m_command == open) ++depth;
-        if (m_command == close) --depth;
-        if ((stop != CMD_NONE && depth == 1 && m_command == stop) || m_command == CMD_FINISHED ||
-            m_command == CMD_ENDSUB || depth == 0) {
+        if (m_command == open) {
+            uint64_t opener = BlockKey(m_pos - static_cast<uint32_t>(m_token.size()), open);
+            auto known = m_blockEnds.find(opener);
+            if (known != m_blockEnds.end())
+                m_pos = known->second;
+            else
+                nested.push_back(m_pos - static_cast<uint32_t>(m_token.size()));
+            continue;
+        }
+        if (m_command == close && !nested.empty()) {
+            m_blockEnds.emplace(BlockKey(nested.back(), open), m_pos);
+            nested.pop_back();
+            continue;
+        }
+        if ((stop != CMD_NONE && nested.empty() && m_command == stop) || m_command == CMD_FINISHED ||
+            m_command == CMD_ENDSUB || m_command == close) {
             m_pairCache.emplace(key, PairEnd{m_pos, m_tokenType, m_command, m_token});
             return m_command;
         }

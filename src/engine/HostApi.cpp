@@ -8,13 +8,18 @@
 #include <orvobasic/desktop.h>
 
 #include "engine/EventTable.h"
+#include "engine/HostOutput.h"
+#include "engine/HostValues.h"
 #include "engine/Registry.h"
+#include "engine/ScriptGate.h"
 #include "platform/NumberFormat.h"
 
 #include <algorithm>
 #include <cstring>
 #include <map>
 #include <memory>
+#include <mutex>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -34,6 +39,10 @@ bool IntegerText(const VARIANT& v, CString& text) {
     default: return false;
     }
 }
+
+}  // namespace
+
+namespace ob {
 
 // A host value as a script value: empty and null stay unset, numbers,
 // truth values, strings and objects map directly, the other integer types
@@ -71,6 +80,13 @@ void ToHostValue(const CBasicVariable& value, VARIANT& out) {
     }
 }
 
+}  // namespace ob
+
+namespace {
+
+using ob::ToHostValue;
+using ob::ToScriptValue;
+
 // A host function written in C, reached through the C++ custom-function
 // table: the descriptor's user value is the index of its entry here.
 struct HostFunctionEntry {
@@ -80,12 +96,16 @@ struct HostFunctionEntry {
 
 // Entries live for the process; the same function and data reuse one entry,
 // so registering again after the table was emptied does not grow this.
+// Scripts on any thread read it while hosts add to it: always under the lock.
+std::mutex g_hostFunctionsLock;
+
 std::vector<HostFunctionEntry>& HostFunctions() {
     static std::vector<HostFunctionEntry> entries;
     return entries;
 }
 
 int HostFunctionIndex(OB_HostFunction function, void* userData) {
+    std::lock_guard lock(g_hostFunctionsLock);
     auto& entries = HostFunctions();
     for (size_t i = 0; i < entries.size(); ++i)
         if (entries[i].function == function && entries[i].userData == userData) return static_cast<int>(i);
@@ -93,12 +113,19 @@ int HostFunctionIndex(OB_HostFunction function, void* userData) {
     return static_cast<int>(entries.size() - 1);
 }
 
+bool HostFunctionAt(int index, HostFunctionEntry& entry) {
+    std::lock_guard lock(g_hostFunctionsLock);
+    const auto& entries = HostFunctions();
+    if (index < 0 || static_cast<size_t>(index) >= entries.size()) return false;
+    entry = entries[static_cast<size_t>(index)];
+    return true;
+}
+
 // Converts the arguments, calls the C function and takes over its result.
 CBasicVariable CallHostFunction(COrvoBasic* script, CArgArray& args, int index) {
     CBasicVariable value;
-    auto& entries = HostFunctions();
-    if (index < 0 || static_cast<size_t>(index) >= entries.size()) return value;
-    HostFunctionEntry entry = entries[static_cast<size_t>(index)];
+    HostFunctionEntry entry{};
+    if (!HostFunctionAt(index, entry)) return value;
     std::vector<VARIANT> hostArgs(args.size());
     for (size_t i = 0; i < args.size(); ++i) ToHostValue(args[i], hostArgs[i]);
     VARIANT result;
@@ -137,9 +164,11 @@ int32_t SendEvent(OB_HANDLE script, const CString& name, const VARIANT* args, in
         for (int32_t i = 0; args && i < count; ++i) values.push_back(ToScriptValue(args[i]));
         if (!script) {
             COrvoBasic::SendEvent(name, values);
-        } else if (COrvoBasic::IsValidInterpreter(script)) {
+        } else if (ob::ScriptUse use(script); use) {
             script->EventThrow(name, values);
         }
+    } catch (const std::bad_alloc&) {
+        if (script && COrvoBasic::IsValidInterpreter(script)) script->OutOfMemory();
     } catch (...) {
         // An aborted handler ends the delivery; the host is not told.
     }
@@ -157,8 +186,14 @@ int32_t CopyOut(const Text& text, Unit* buffer, int32_t size) {
     return static_cast<int32_t>(text.size());
 }
 
+// The message, a line feed and the line where the failing statement began,
+// as recorded when the error was reported (the cursor may have moved on,
+// into another line or out of a function, since).
 CString LastErrorOf(OB_HANDLE script) {
-    return COrvoBasic::IsValidInterpreter(script) ? script->GetLastError() : CString();
+    ob::ScriptUse use(script);
+    if (!use || script->GetLastError().IsEmpty()) return CString();
+    const ob::ErrorRecord& record = script->GetLastErrorRecord();
+    return record.message + u'\n' + record.sourceLine;
 }
 
 // ---- host control ----
@@ -168,11 +203,18 @@ CString LastErrorOf(OB_HANDLE script) {
 class ErrorInfoStore {
 public:
     explicit ErrorInfoStore(const ob::ErrorRecord& r)
-        : m_message(r.message.ToUtf8()), m_script(r.script.ToUtf8()), m_sourceLine(r.sourceLine.ToUtf8()) {
-        for (const ob::CallFrame& frame : r.calls) m_names.push_back(frame.function.ToUtf8());
-        for (size_t i = 0; i < r.calls.size(); ++i) m_calls.push_back({m_names[i].c_str(), r.calls[i].line});
+        : m_message(r.message.ToUtf8()), m_script(r.script.ToUtf8()), m_sourceLine(r.sourceLine.ToUtf8()),
+          m_subject(r.subject.ToUtf8()), m_osReason(r.osReason.ToUtf8()), m_suggestion(r.suggestion.ToUtf8()),
+          m_hint(r.hint.ToUtf8()) {
+        for (const ob::CallFrame& frame : r.calls) {
+            m_names.push_back(frame.function.ToUtf8());
+            m_files.push_back(frame.script.ToUtf8());
+        }
+        for (size_t i = 0; i < r.calls.size(); ++i)
+            m_calls.push_back({m_names[i].c_str(), r.calls[i].line, m_files[i].c_str()});
         m_info = {r.id, m_message.c_str(), m_script.c_str(), r.line, r.column, m_sourceLine.c_str(),
-                  r.runResult, static_cast<int32_t>(m_calls.size()), m_calls.empty() ? nullptr : m_calls.data()};
+                  r.runResult, static_cast<int32_t>(m_calls.size()), m_calls.empty() ? nullptr : m_calls.data(),
+                  m_subject.c_str(), r.subjectColumn, m_osReason.c_str(), m_suggestion.c_str(), m_hint.c_str()};
     }
     ErrorInfoStore(const ErrorInfoStore&) = delete;
     ErrorInfoStore& operator=(const ErrorInfoStore&) = delete;
@@ -180,43 +222,81 @@ public:
     const OB_ErrorInfo& Info() const { return m_info; }
 
 private:
-    std::string m_message, m_script, m_sourceLine;
-    std::vector<std::string> m_names;
+    std::string m_message, m_script, m_sourceLine, m_subject, m_osReason, m_suggestion, m_hint;
+    std::vector<std::string> m_names, m_files;
     std::vector<OB_CallInfo> m_calls;
     OB_ErrorInfo m_info{};
 };
 
 // The records handed out by OB_GetLastErrorInfo, kept until the script's next
-// request, run or free.
-std::map<OB_HANDLE, std::unique_ptr<ErrorInfoStore>>& LastErrorInfos() {
-    static std::map<OB_HANDLE, std::unique_ptr<ErrorInfoStore>> infos;
-    return infos;
+// request, run or free, and the scripts inside OB_RunScript (they may be
+// neither run again nor freed). Shared by the scripts of every thread.
+class HostRecords {
+public:
+    const OB_ErrorInfo& KeepErrorInfo(OB_HANDLE script, const ob::ErrorRecord& record) {
+        auto store = std::make_unique<ErrorInfoStore>(record);
+        std::lock_guard lock(m_lock);
+        auto& slot = m_infos[script];
+        slot = std::move(store);
+        return slot->Info();
+    }
+    void ForgetErrorInfo(OB_HANDLE script) {
+        std::unique_ptr<ErrorInfoStore> dropped;
+        std::lock_guard lock(m_lock);
+        auto it = m_infos.find(script);
+        if (it == m_infos.end()) return;
+        dropped = std::move(it->second);
+        m_infos.erase(it);
+    }
+    // False when the script is running already.
+    bool StartRun(OB_HANDLE script) {
+        std::lock_guard lock(m_lock);
+        if (std::find(m_running.begin(), m_running.end(), script) != m_running.end()) return false;
+        m_running.push_back(script);
+        return true;
+    }
+    void EndRun(OB_HANDLE script) {
+        std::lock_guard lock(m_lock);
+        m_running.erase(std::find(m_running.begin(), m_running.end(), script));
+    }
+    bool IsRunning(OB_HANDLE script) {
+        std::lock_guard lock(m_lock);
+        return std::find(m_running.begin(), m_running.end(), script) != m_running.end();
+    }
+
+private:
+    std::mutex m_lock;
+    std::map<OB_HANDLE, std::unique_ptr<ErrorInfoStore>> m_infos;
+    std::vector<OB_HANDLE> m_running;
+};
+
+HostRecords& Records() {
+    static HostRecords records;
+    return records;
 }
 
-// Scripts inside OB_RunScript: they may be neither run again nor freed.
-std::vector<OB_HANDLE>& RunningScripts() {
-    static std::vector<OB_HANDLE> running;
-    return running;
-}
-
-bool IsRunning(OB_HANDLE script) {
-    const auto& running = RunningScripts();
-    return std::find(running.begin(), running.end(), script) != running.end();
-}
-
-// Runs a created script; see OB_RunScript.
-int32_t RunScript(OB_HANDLE script, const CString& path) {
-    if (!COrvoBasic::IsValidInterpreter(script) || IsRunning(script)) return 0;
-    LastErrorInfos().erase(script);
-    RunningScripts().push_back(script);
-    bool loaded = false;
+// Runs `run` on a created script that is not running yet; see OB_RunScript.
+template <typename Run>
+int32_t RunGuarded(OB_HANDLE script, Run run) {
+    ob::ScriptUse use(script);
+    if (!use || !Records().StartRun(script)) return 0;
+    Records().ForgetErrorInfo(script);
+    bool ran = false;
     try {
-        loaded = script->ExecuteProgram(path);
+        ran = run(*script);
     } catch (...) {
     }
-    auto& running = RunningScripts();
-    running.erase(std::find(running.begin(), running.end(), script));
-    return loaded ? 1 : 0;
+    Records().EndRun(script);
+    return ran ? 1 : 0;
+}
+
+int32_t RunScript(OB_HANDLE script, const CString& path) {
+    return RunGuarded(script, [&](COrvoBasic& s) { return s.ExecuteProgram(path); });
+}
+
+// Script bytes handed over by a host: `length` bytes, or up to a NUL.
+std::string ScriptBytes(const char* bytes, int32_t length) {
+    return length < 0 ? std::string(bytes) : std::string(bytes, static_cast<size_t>(length));
 }
 
 // A C error handler behind the engine's C++ one.
@@ -225,6 +305,16 @@ COrvoBasic::ErrorHandler WrapErrorHandler(OB_HANDLE script, OB_ErrorHandler hand
     return [script, handler, userData](const ob::ErrorRecord& record) {
         ErrorInfoStore store(record);
         return handler(script, &store.Info(), userData) == OB_ABORT ? OB_ABORT : OB_CONTINUE;
+    };
+}
+
+// The same for every script created afterwards: the handle is the script
+// that reports.
+ob::DefaultErrorHandler WrapDefaultErrorHandler(OB_ErrorHandler handler, void* userData) {
+    if (!handler) return nullptr;
+    return [handler, userData](COrvoBasic& script, const ob::ErrorRecord& record) {
+        ErrorInfoStore store(record);
+        return handler(&script, &store.Info(), userData) == OB_ABORT ? OB_ABORT : OB_CONTINUE;
     };
 }
 
@@ -262,7 +352,8 @@ COrvoBasic::LineHook WrapLineHook(OB_HANDLE script, OB_LineHook hook, void* user
 // Runs `set` on a live script; exceptions (allocation) are swallowed.
 template <typename Setter>
 void WithLiveScript(OB_HANDLE script, Setter set) {
-    if (!COrvoBasic::IsValidInterpreter(script)) return;
+    ob::ScriptUse use(script);
+    if (!use) return;
     try {
         set(*script);
     } catch (...) {
@@ -290,9 +381,10 @@ OB_HANDLE OB_ExecuteScriptFileUtf8(const char* path, int32_t* resident) {
 }
 
 void OB_FreeScript(OB_HANDLE script) {
-    if (!COrvoBasic::IsValidInterpreter(script) || IsRunning(script)) return;
+    ob::ScriptUse use(script);
+    if (!use || Records().IsRunning(script)) return;
     try {
-        LastErrorInfos().erase(script);
+        Records().ForgetErrorInfo(script);
         delete script;
     } catch (...) {
     }
@@ -327,11 +419,13 @@ int32_t OB_GetLastErrorUtf8(OB_HANDLE script, char* buffer, int32_t size) {
 }
 
 int32_t OB_IsResident(OB_HANDLE script) {
-    return COrvoBasic::IsValidInterpreter(script) && script->IsResident() ? 1 : 0;
+    ob::ScriptUse use(script);
+    return use && script->IsResident() ? 1 : 0;
 }
 
 int32_t OB_HasTimer(OB_HANDLE script) {
-    return COrvoBasic::IsValidInterpreter(script) && ob::HasRunningTimer(script) ? 1 : 0;
+    ob::ScriptUse use(script);
+    return use && ob::HasRunningTimer(script) ? 1 : 0;
 }
 
 int32_t OB_AddCustomFunction(const char16_t* name, OB_HostFunction function, int32_t paramCount,
@@ -386,6 +480,46 @@ int32_t OB_RunScriptUtf8(OB_HANDLE script, const char* path) {
     }
 }
 
+int32_t OB_RunScriptText(OB_HANDLE script, const char* name, const char* bytes, int32_t length) {
+    if (!bytes) return 0;
+    try {
+        std::string text = ScriptBytes(bytes, length);
+        CString path = FromUtf8(name);
+        return RunGuarded(script, [&](COrvoBasic& s) { return s.ExecuteProgramText(path, text); });
+    } catch (...) {
+        return 0;
+    }
+}
+
+int32_t OB_ExecuteInteractive(OB_HANDLE script, const char* name, const char* bytes, int32_t length) {
+    if (!bytes) return 0;
+    try {
+        std::string text = ScriptBytes(bytes, length);
+        CString path = FromUtf8(name);
+        return RunGuarded(script, [&](COrvoBasic& s) { return s.ExecuteInteractive(path, text); });
+    } catch (...) {
+        return 0;
+    }
+}
+
+void OB_SetScriptArgumentsUtf8(OB_HANDLE script, int32_t count, const char* const* args) {
+    WithLiveScript(script, [&](COrvoBasic& s) {
+        std::vector<CString> arguments;
+        for (int32_t i = 0; args && i < count; ++i) arguments.push_back(FromUtf8(args[i]));
+        s.SetScriptArguments(std::move(arguments));
+    });
+}
+
+void OB_ListVariablesUtf8(OB_HANDLE script, OB_VariableVisitor visit, void* userData) {
+    if (!visit) return;
+    WithLiveScript(script, [&](COrvoBasic& s) {
+        s.ForEachMainVariable([&](const CString& name, const CBasicVariable& variable) {
+            std::string value = variable.GetNumItems() > 0 ? variable.GetItem(0).GetStringValue().ToUtf8() : std::string();
+            visit(name.ToUtf8().c_str(), value.c_str(), variable.GetNumItems(), userData);
+        });
+    });
+}
+
 // No look-up in the registry here: that is not safe from a signal handler.
 void OB_RequestStop(OB_HANDLE script) {
     if (script) script->RequestStop();
@@ -397,23 +531,42 @@ void OB_SetBudgets(OB_HANDLE script, uint64_t maxSteps, uint64_t timeoutMs, int3
     budgets.timeoutMs = timeoutMs;
     budgets.maxDepth = std::max(maxDepth, 0);
     budgets.maxCells = maxCells;
-    WithLiveScript(script, [&](COrvoBasic& s) { s.SetBudgets(budgets); });
+    WithLiveScript(script, [&](COrvoBasic& s) {
+        budgets.maxMemory = s.GetBudgets().maxMemory;
+        s.SetBudgets(budgets);
+    });
+}
+
+void OB_SetMaxMemory(OB_HANDLE script, uint64_t maxBytes) {
+    WithLiveScript(script, [&](COrvoBasic& s) {
+        ob::Budgets budgets = s.GetBudgets();
+        budgets.maxMemory = maxBytes;
+        s.SetBudgets(budgets);
+    });
 }
 
 int32_t OB_GetRunResult(OB_HANDLE script) {
-    return COrvoBasic::IsValidInterpreter(script) ? script->GetRunResult() : OB_OK;
+    ob::ScriptUse use(script);
+    return use ? script->GetRunResult() : OB_OK;
 }
 
 void OB_SetErrorHandler(OB_HANDLE script, OB_ErrorHandler handler, void* userData) {
+    if (!script) {
+        try {
+            ob::SetDefaultErrorHandler(WrapDefaultErrorHandler(handler, userData));
+        } catch (...) {
+        }
+        return;
+    }
     WithLiveScript(script, [&](COrvoBasic& s) { s.SetErrorHandler(WrapErrorHandler(script, handler, userData)); });
 }
 
 int32_t OB_GetLastErrorInfo(OB_HANDLE script, OB_ErrorInfo* info) {
-    if (!info || !COrvoBasic::IsValidInterpreter(script) || script->GetLastError().IsEmpty()) return 0;
+    if (!info) return 0;
+    ob::ScriptUse use(script);
+    if (!use || script->GetLastError().IsEmpty()) return 0;
     try {
-        auto& slot = LastErrorInfos()[script];
-        slot = std::make_unique<ErrorInfoStore>(script->GetLastErrorRecord());
-        *info = slot->Info();
+        *info = Records().KeepErrorInfo(script, script->GetLastErrorRecord());
         return 1;
     } catch (...) {
         return 0;

@@ -17,7 +17,7 @@ constexpr uint64_t kCellsEvery = 256;
 
 void COrvoBasic::UpdateControlActive() {
     m_controlActive = m_budgets.maxSteps || m_budgets.timeoutMs || m_budgets.maxDepth || m_budgets.maxCells ||
-                      static_cast<bool>(m_lineHook) || m_parentStop != nullptr;
+                      m_budgets.maxMemory || static_cast<bool>(m_lineHook) || m_parentStop != nullptr;
 }
 
 void COrvoBasic::InheritHostControl(const COrvoBasic& parent) {
@@ -27,12 +27,16 @@ void COrvoBasic::InheritHostControl(const COrvoBasic& parent) {
     m_lineHook = parent.m_lineHook;
     m_errorHandler = parent.m_errorHandler;
     m_parentStop = &parent.m_stopRequested;
+    m_codePage = parent.m_codePage;
+    m_outputHooks = parent.m_outputHooks;
+    m_inheritedMemory = parent.MemoryInUse();
     UpdateControlActive();
 }
 
 void COrvoBasic::SetBudgets(const Budgets& budgets) {
     m_budgets = budgets;
     m_steps = 0;
+    m_work = 0;
     if (budgets.timeoutMs)
         m_deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(budgets.timeoutMs);
     UpdateControlActive();
@@ -74,13 +78,18 @@ void COrvoBasic::HostChecks() {
         (m_parentStop && m_parentStop->load(std::memory_order_relaxed)))
         return EndRun(OB_E_STOPPED);
     ++m_steps;
+    m_transient = m_transientBase;   // the copies of the statement before are gone
     if (m_budgets.maxSteps && m_steps > m_budgets.maxSteps) return EndRun(OB_E_STEP_LIMIT);
+    if (m_budgets.maxMemory && MemoryInUse() > m_budgets.maxMemory) return EndRun(OB_E_MEMORY_LIMIT);
     if (m_budgets.timeoutMs && m_steps % kClockEvery == 0 && std::chrono::steady_clock::now() >= m_deadline)
         return EndRun(OB_E_TIMEOUT);
     if (m_budgets.maxCells && m_steps % kCellsEvery == 0 && CountCells() > m_budgets.maxCells)
         return EndRun(OB_E_MEMORY);
-    if (m_lineHook && m_lineHook(m_scriptPath, LineOfPosition(m_stmtPos), m_scopeLevel) == OB_ABORT)
-        return EndRun(OB_E_STOPPED);
+    if (m_lineHook) {
+        int line = 0;
+        const CString& file = LocateSource(m_stmtPos, line);
+        if (m_lineHook(file, line, m_scopeLevel) == OB_ABORT) return EndRun(OB_E_STOPPED);
+    }
 }
 
 // Checked where a loop or a call goes back or deeper.
@@ -90,12 +99,13 @@ bool COrvoBasic::StopRequestedAtJump() {
     return true;
 }
 
-// A denied statement reports error 40 and its line is skipped.
+// A denied statement reports error 40 and its line (a block statement: its
+// block) is skipped.
 bool COrvoBasic::StatementAllowed(COMMAND_TYPE command) {
     auto needed = StatementCapabilities(command);
     if (!needed || IsAllowed(*needed)) return true;
     ReportError(40);
-    FindEOL();
+    SkipDeniedStatement(command);
     return false;
 }
 

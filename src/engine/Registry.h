@@ -1,4 +1,5 @@
 // Internal entry points of the interpreter registry for the host API.
+// Safe from any thread.
 #pragma once
 
 #include <orvobasic/COrvoBasic.h>
@@ -9,5 +10,9 @@ namespace ob {
 // does, without needing an interpreter: false for an empty name or a null
 // function; a name already in the table keeps its first function (true).
 bool AddHostFunction(const CString& name, OB_CustomFunction function, int paramCount, int userData);
+
+// The host function registered under `lowerName`, or null. The descriptor
+// stays valid while any interpreter lives.
+const CFuncDesc* FindHostFunction(const CString& lowerName);
 
 }  // namespace ob

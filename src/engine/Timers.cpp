@@ -1,11 +1,13 @@
 // The interpreter's timer: "timerstart" and "timerstop", and the timer
 // window that turns the desktop's ticks into "OnTimer" events.
 #include "engine/EventTable.h"
+#include "engine/ScriptGate.h"
 
 #include <orvobasic/COrvoBasic.h>
 #include <orvobasic/desktop.h>
 
 #include <cmath>
+#include <mutex>
 #include <unordered_set>
 
 using namespace ob;
@@ -23,22 +25,46 @@ unsigned IntervalOf(double value) {
 
 // The interpreters whose timer runs; kept by ExecTimerStart/ExecTimerStop,
 // so a destroyed interpreter (its destructor stops the timer) is never here.
-std::unordered_set<const COrvoBasic*>& TimerOwners() {
-    static std::unordered_set<const COrvoBasic*> owners;
+// Interpreters on every thread share it.
+class TimerOwners {
+public:
+    void Add(const COrvoBasic* owner) {
+        std::lock_guard lock(m_lock);
+        m_owners.insert(owner);
+    }
+    void Remove(const COrvoBasic* owner) {
+        std::lock_guard lock(m_lock);
+        m_owners.erase(owner);
+    }
+    bool Has(const COrvoBasic* owner) {
+        std::lock_guard lock(m_lock);
+        return m_owners.count(owner) > 0;
+    }
+
+private:
+    std::mutex m_lock;
+    std::unordered_set<const COrvoBasic*> m_owners;
+};
+
+TimerOwners& Owners() {
+    static TimerOwners owners;
     return owners;
 }
 
 }  // namespace
 
-bool ob::HasRunningTimer(const COrvoBasic* interpreter) { return TimerOwners().count(interpreter) > 0; }
+bool ob::HasRunningTimer(const COrvoBasic* interpreter) { return Owners().Has(interpreter); }
 
 // Only the pointer to the owner is read before the event runs: a handler may
 // stop or restart the timer, which destroys this object.
 void CTimerWindow::OnTimer() {
     COrvoBasic* owner = m_owner;
     if (!owner) return;
-    if (!COrvoBasic::IsValidInterpreter(owner)) {
-        m_owner = nullptr;
+    ScriptUse use(owner);
+    if (!use) {
+        // Freed: later ticks do nothing. Busy on another thread while this
+        // one is inside a script: this tick is skipped.
+        if (!COrvoBasic::IsValidInterpreter(owner)) m_owner = nullptr;
         return;
     }
     CBasicVariable unset;
@@ -65,7 +91,7 @@ bool COrvoBasic::ExecTimerStart() {
     m_events->timerId = id;
     m_events->timerWindow = std::move(window);
     m_events->timerDesktop = m_desktop;
-    if (id > 0) TimerOwners().insert(this);
+    if (id > 0) Owners().Add(this);
     return true;
 }
 
@@ -76,6 +102,6 @@ bool COrvoBasic::ExecTimerStop() {
     m_events->timerWindow.reset();
     m_events->timerId = 0;
     m_events->timerDesktop = nullptr;
-    TimerOwners().erase(this);
+    Owners().Remove(this);
     return true;
 }

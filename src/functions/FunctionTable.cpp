@@ -1,6 +1,7 @@
 // The table of callable names, the argument-list readers and the dispatch of
 // a call to its family handler.
 #include <orvobasic/COrvoBasic.h>
+#include "engine/Registry.h"
 
 #include "engine/Capabilities.h"
 
@@ -64,7 +65,7 @@ const BuiltIn kBuiltIns[] = {
     {u"pointoffset", FT_POINTOFFSET, nullptr, kInside}, {u"sendmessage", FT_SENDMESSAGE, nullptr, kDialogs},
     {u"popupmenu", FT_POPUPMENU, nullptr, kDialogs}, {u"ask", FT_ASK, nullptr, kDialogs},
     {u"findfiles", FT_FINDFILES, &B::ExecFindFiles, kFiles},
-    {u"controlvalue", FT_CONTROLVALUE, nullptr, kDialogs},
+    {u"controlvalue", FT_CONTROLVALUE, &B::ExecGetControlValue, kDialogs},
     {u"dbfopen", FT_DBFOPEN, &B::ExecDBFOperation, kFiles},
     {u"dbfcreate", FT_DBFCREATE, &B::ExecDBFOperation, kFiles},
     {u"dbfclose", FT_DBFCLOSE, &B::ExecDBFOperation, kFiles},
@@ -80,7 +81,7 @@ const BuiltIn kBuiltIns[] = {
     {u"comportclose", FT_COMPORTCLOSE, &B::ExecComPortOperation, kSerial},
     {u"comportread", FT_COMPORTREAD, &B::ExecComPortOperation, kSerial},
     {u"comportwrite", FT_COMPORTWRITE, &B::ExecComPortOperation, kSerial},
-    {u"createobject", FT_CREATEOBJECT, nullptr, kAutomation},
+    {u"createobject", FT_CREATEOBJECT, &B::ExecCreateObject, kAutomation},
     {u"getvarstats", FT_GETVARSTATS, &B::ExecGetVarStats, kInside},
     {u"garbagecollection", FT_GARBAGECOLLECTION, &B::ExecGarbageCollection, kInside},
 };
@@ -118,8 +119,7 @@ bool COrvoBasic::AddFunction(CFuncDesc* desc) {
 }
 
 const CFuncDesc* COrvoBasic::FindFuncDesc(const CString& lowerName) const {
-    auto ext = m_ExtFunctionTable.find(lowerName);
-    if (ext != m_ExtFunctionTable.end()) return ext->second;
+    if (const CFuncDesc* host = ob::FindHostFunction(lowerName)) return host;
     auto it = m_functions.find(lowerName);
     return it == m_functions.end() ? nullptr : it->second.get();
 }
@@ -189,12 +189,18 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
     FUNCTION_TYPE type = m_function;
     CString name = m_curFuncName;
     if (type == FT_NONE) {
-        ReportError(21);
+        ReportErrorAbout(21, m_token);
         return false;
     }
     if (m_capabilities != OB_CAP_ALL && !FunctionAllowed(type, name)) {
         get_token();   // the ")" the skipped list ends with
         return false;
+    }
+    if (type == FT_DECLARED) {   // reads its own arguments: by-reference results need their names
+        ExecDeclaredCall(name, result);
+        get_token();
+        if (m_token != u")") ReportError(22);
+        return true;
     }
     size_t bufferMark = m_argBuffers;
     CArgArray args;
@@ -208,7 +214,9 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
         ExecUserFunction(name, value, args, false);
         result = value;
     } else if (type == FT_AUTOMATION) {
-        ReportError(21);   // automation method calls need the automation layer
+        CBasicVariable value;
+        ExecAutomationMethod(name, value, args);
+        result = value;
     } else {
         const CFuncDesc* desc = FindFuncDesc(name);
         if (!desc || !desc->handler)
@@ -223,10 +231,6 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
 }
 
 bool COrvoBasic::FunctionsFree() {
-    m_functions.clear();
-    if (m_nNumberOfCopies == 1) {
-        for (auto& entry : m_ExtFunctionTable) delete entry.second;
-        m_ExtFunctionTable.clear();
-    }
+    m_functions.clear();   // the host's table goes with the last interpreter (Registry.cpp)
     return true;
 }

@@ -130,6 +130,32 @@ const StringOp kStringOps[] = {
     {FT_GETNAME, 1, false, GetName},
 };
 
+// Characters of the text "replace" makes: the text with every occurrence
+// of `from` counted at the size of `to`.
+size_t ReplacedLength(const CString& text, const CString& from, const CString& to) {
+    if (from.empty() || to.size() <= from.size()) return text.size();
+    size_t count = 0;
+    for (size_t at = text.find(from); at != CString::npos; at = text.find(from, at + from.size())) ++count;
+    return text.size() + count * (to.size() - from.size());
+}
+
+// Bytes a string built-in may build beyond its arguments (each copied once
+// more as text), so that a result too large for the memory budget is
+// refused before it is made.
+uint64_t ResultBytes(FUNCTION_TYPE type, const CArgArray& args) {
+    uint64_t copies = 0;
+    for (const CBasicVariable& arg : args) copies += arg.GetCurrent().HeapBytes();
+    if (type == FT_REPEAT && args.size() >= 2) {
+        int n = ArgInt(args[1]);
+        size_t length = args[0].GetCurrent().StringRef().size();
+        if (n > 0 && length && length <= kMaxRepeatLength / static_cast<size_t>(n))
+            return copies + length * static_cast<size_t>(n) * sizeof(char16_t);
+    }
+    if (type == FT_REPLACE && args.size() == 3)
+        return copies + ReplacedLength(Text(args[0]), Text(args[1]), Text(args[2])) * sizeof(char16_t);
+    return copies * 2;
+}
+
 }  // namespace
 
 // Runs one string built-in: checks the argument count (error 24), then the
@@ -141,6 +167,7 @@ bool COrvoBasic::ExecStringOperation(CBasicVariable& result, CArgArray& args, FU
             ReportError(24);
             return false;
         }
+        if (!MayAllocate(ResultBytes(type, args))) return false;
         int error = op.run(result, args);
         if (error) ReportError(error);
         return error == 0;

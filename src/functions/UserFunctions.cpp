@@ -58,6 +58,7 @@ bool COrvoBasic::RunFunctionBody() {
 
 // Leaves a function: one scope level down, back to the saved position.
 void COrvoBasic::PerformReturn() {
+    if (m_scopeLevel == 2 && CVarBase::HeldObjectCount() > 0) ObjectVariablesFree(2);   // the outermost call's objects
     if (m_scopeLevel >= 2) --m_scopeLevel;
     uint32_t position = 0;
     if (PopPosition(position)) Rewind(position);
@@ -68,15 +69,12 @@ bool COrvoBasic::ExecUserFunction(const CString& name, CBasicVariable& result, C
     lower.MakeLower();
     const CFuncDesc* desc = FindFuncDesc(lower);
     if (!desc) {
-        ReportError(21);
+        ReportErrorAbout(21, name);
         return false;
     }
     if (!CallAllowed(*desc)) return false;
     if (desc->type == FT_CUSTOM) return ExecCustomFunction(*desc, result, args);
-    if (desc->type == FT_DECLARED) {
-        ReportError(25);   // library calls are not part of this build
-        return false;
-    }
+    if (desc->type == FT_DECLARED) return ExecExternalFunction(*desc, result, args);
     if (desc->handler) return (this->*desc->handler)(result, args, desc->type);
     if (desc->type != FT_USER) {
         ReportError(21);
@@ -97,8 +95,12 @@ struct COrvoBasic::CallScope {
     COrvoBasic& basic;
     uint32_t callerStatement;
     int callerExprDepth;
+    uint64_t callerTransientBase;
     bool chainPopped = false;
     ~CallScope() {
+        // The body's copies are gone; the caller's (its arguments) still count.
+        basic.m_transient = basic.m_transientBase;
+        basic.m_transientBase = callerTransientBase;
         basic.PerformReturn();
         if (!chainPopped) basic.m_callChain.pop_back();
         --basic.m_callDepth;
@@ -123,10 +125,11 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
     }
     int bodyPosition = desc.bodyPosition;
     CString lower = desc.name;
-    CallScope scope{*this, m_stmtPos, m_exprDepth};
+    CallScope scope{*this, m_stmtPos, m_exprDepth, m_transientBase};
+    m_transientBase = m_transient;
     m_exprDepth = 0;   // expression nesting is counted per function body
     ++m_callDepth;
-    m_callChain.push_back(CallFrame{name, LineOfPosition(scope.callerStatement)});
+    m_callChain.push_back(CallFrame{name, LineOfPosition(scope.callerStatement), {}});
     ++m_scopeLevel;
     PushPosition(m_pos);
     Rewind(static_cast<uint32_t>(bodyPosition));
@@ -140,6 +143,7 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
     if (!ok || isCall) return ok;
     CString resultName = name;
     if (CBasicVariable* var = FindVariable(resultName)) {
+        if (!MayAllocate(static_cast<uint64_t>(var->ChargedBytes()))) return false;
         result = *var;
         return true;
     }
@@ -153,6 +157,11 @@ bool COrvoBasic::ExecCall() {
         return false;
     }
     CString name = m_token;
+    if (m_function == FT_DECLARED) {   // reads its own arguments: by-reference results need their names
+        CBasicVariable unused;
+        ExecDeclaredCall(name, unused);
+        return true;
+    }
     size_t bufferMark = m_argBuffers;
     CArgArray args;
     GetParamList(args);

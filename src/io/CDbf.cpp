@@ -73,12 +73,12 @@ CString CompleteName(const CString& name) {
 
 // A field's bytes as text: a logical field as its one character, others up
 // to the first zero byte with trailing spaces kept.
-CString FieldText(const unsigned char* bytes, size_t count, DBF_FIELD_TYPE type) {
+CString FieldText(const unsigned char* bytes, size_t count, DBF_FIELD_TYPE type, ob::CodePage codePage) {
     if (count == 0) return CString();
-    if (type == DBF_LOGICAL) return CString(1, ob::platform::ByteToWide(bytes[0]));
     const auto* text = reinterpret_cast<const char*>(bytes);
+    if (type == DBF_LOGICAL) return ob::platform::AnsiToWide(std::string_view(text, 1), codePage);
     size_t end = std::string_view(text, count).find('\0');
-    return ob::platform::AnsiToWide(std::string_view(text, std::min(end, count)));
+    return ob::platform::AnsiToWide(std::string_view(text, std::min(end, count)), codePage);
 }
 
 }  // namespace
@@ -277,7 +277,7 @@ bool CDbf::OpenRead(const CString& path, int mode) {
         }
         ReadExact(d + 1, kDescriptorSize - 1);
         const char* name = reinterpret_cast<const char*>(d);
-        CDbfFieldDescriptorEx field(ob::platform::AnsiToWide(std::string_view(name, strnlen(name, 11))),
+        CDbfFieldDescriptorEx field(ob::platform::AnsiToWide(std::string_view(name, strnlen(name, 11)), m_codePage),
                                     TypeOfLetter(d[11]), d[16], d[17]);
         field.m_offset = offset;
         offset += field.m_length;
@@ -314,7 +314,8 @@ bool CDbf::WriteHeader() {
     Put16(&bytes[10], m_recordLength);
     for (size_t i = 0; i < m_fields.size(); ++i) {
         unsigned char* d = &bytes[kMainHeaderSize + kDescriptorSize * i];
-        std::string name = ob::platform::WideToAnsi(m_fields[i].m_name).substr(0, 10);
+        std::string name = ob::platform::WideToAnsi(m_fields[i].m_name, m_codePage);
+        name.resize(ob::platform::WholeCharacterPrefix(name, 10, m_codePage));
         std::copy(name.begin(), name.end(), d);
         d[11] = static_cast<unsigned char>(LetterOf(m_fields[i].m_type));
         d[16] = static_cast<unsigned char>(m_fields[i].m_length);
@@ -478,7 +479,7 @@ bool CDbf::ReadRecord() {
         size_t length = static_cast<size_t>(std::max(field.m_length, 0));
         if (length > 0 && start >= got) return false;
         size_t available = start < got ? std::min(length, got - start) : 0;
-        m_pairs[i].m_value = FieldText(body.data() + start, available, field.m_type);
+        m_pairs[i].m_value = FieldText(body.data() + start, available, field.m_type, m_codePage);
         start += length;
     }
     return true;
@@ -510,10 +511,11 @@ bool CDbf::WriteRecordAt(uint64_t position, bool format) {
     for (size_t i = 0; i < count; ++i) {
         const CDbfFieldDescriptorEx& field = m_fields[i];
         CString value = format ? CheckFieldFormat(m_pairs[i].m_value, field) : m_pairs[i].m_value;
-        std::string bytes = ob::platform::WideToAnsi(value);
+        std::string bytes = ob::platform::WideToAnsi(value, m_codePage);
         size_t length = static_cast<size_t>(field.m_length);
         if (at + length > record.size()) record.resize(at + length, ' ');
-        std::copy_n(bytes.begin(), std::min(bytes.size(), length), record.begin() + static_cast<std::ptrdiff_t>(at));
+        size_t kept = ob::platform::WholeCharacterPrefix(bytes, length, m_codePage);
+        std::copy_n(bytes.begin(), kept, record.begin() + static_cast<std::ptrdiff_t>(at));
         at += length;
     }
     if (m_file->Seek(static_cast<int64_t>(position), CFile::begin) < 0) return false;
@@ -536,8 +538,10 @@ bool CDbf::WriteRecord(uint32_t i, const std::vector<CString>& values, bool form
     return SetRecordFields(values) && WriteRecord(i, format);
 }
 
+// A table whose count is already the largest the header can hold takes no
+// more records: the count would wrap to 0.
 bool CDbf::AppendRecord(bool format) {
-    if (!SwitchToWriteMode()) return false;
+    if (m_numRecords == UINT32_MAX || !SwitchToWriteMode()) return false;
     uint64_t end = OffsetToEnd();
     if (end == 0 || !WriteRecordAt(end, format)) return false;
     ++m_numRecords;
@@ -593,6 +597,6 @@ bool CDbf::GetAttributeStr(CString& value, uint32_t record, int field) {
     if (m_file->Seek(static_cast<int64_t>(position), CFile::begin) >= 0) got = m_file->Read(bytes.data(), bytes.size());
     m_file->Seek(saved, CFile::begin);
     if (got == 0 && !bytes.empty()) return false;
-    value = FieldText(bytes.data(), got, descriptor->m_type);
+    value = FieldText(bytes.data(), got, descriptor->m_type, m_codePage);
     return true;
 }

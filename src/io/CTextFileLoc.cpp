@@ -40,11 +40,14 @@ void CTextFileLoc::Close() {
 void CTextFileLoc::ClearBuffer() {
     m_buffer.clear();
     m_scanned = 0;
+    m_unfinished.clear();
 }
 
 // Appends one chunk to the buffer: whole 16-bit units of up to 512 bytes in
-// UTF-16 mode (an odd last byte is dropped), up to 256 8-bit characters
-// otherwise (zero bytes removed when asked). False when no byte came.
+// UTF-16 mode (an odd last byte is dropped), up to 256 bytes of 8-bit text
+// otherwise (zero bytes removed when asked). In UTF-8 a character the chunk
+// cuts waits for the next chunk; at the end of the file it reads as U+FFFD.
+// False when no byte came and none was waiting.
 bool CTextFileLoc::ReadChunk() {
     if (m_unicode) {
         unsigned char bytes[kReadChunkUnicode];
@@ -62,16 +65,36 @@ bool CTextFileLoc::ReadChunk() {
         kept.erase(std::remove(kept.begin(), kept.end(), '\0'), kept.end());
         text = kept;
     }
-    platform::AnsiToWide(text, m_buffer);
-    return n > 0;
+    if (m_codePage != CodePage::Utf8) {
+        platform::AnsiToWide(text, m_buffer);
+        return n > 0;
+    }
+    bool waited = !m_unfinished.empty();
+    m_unfinished.append(text);
+    size_t keep = n > 0 ? platform::Utf8UnfinishedTail(m_unfinished) : 0;
+    platform::Utf8ToWide(std::string_view(m_unfinished).substr(0, m_unfinished.size() - keep), m_buffer);
+    m_unfinished.erase(0, m_unfinished.size() - keep);
+    return n > 0 || waited;
 }
 
 // Fills the buffer until it holds a "\n" or the file is exhausted. Only the
 // newly read characters are searched, so a very long line costs linear time.
-bool CTextFileLoc::ReadString(CString& line) {
+// `mayGrow`, when given, is asked before every further kGrowStep characters
+// of one line; when it refuses, the read ends with false and the buffer is
+// dropped.
+bool CTextFileLoc::ReadString(CString& line, const GrowCheck& mayGrow) {
+    constexpr size_t kGrowStep = size_t{1} << 16;
     size_t newline;
+    size_t allowed = kGrowStep;
     while ((newline = m_buffer.find(u'\n', m_scanned)) == CString::npos) {
         m_scanned = m_buffer.size();
+        if (mayGrow && m_buffer.size() >= allowed) {
+            if (!mayGrow(kGrowStep * sizeof(char16_t))) {
+                ClearBuffer();
+                return false;
+            }
+            allowed += kGrowStep;
+        }
         if (!ReadChunk()) break;
     }
     if (newline != CString::npos) {
@@ -87,10 +110,10 @@ bool CTextFileLoc::ReadString(CString& line) {
     return true;
 }
 
-// UTF-16LE bytes or Windows-1252 bytes of `text`, appended to `out`.
+// UTF-16LE bytes or 8-bit bytes of `text`, appended to `out`.
 void CTextFileLoc::AppendEncoded(std::string& out, std::u16string_view text) const {
     if (!m_unicode) {
-        out += platform::WideToAnsi(text);
+        out += platform::WideToAnsi(text, m_codePage);
         return;
     }
     for (char16_t c : text) {
@@ -113,9 +136,18 @@ bool CTextFileLoc::WriteChunk(const CString& chunk, bool endsMidLine) {
     return Write(out.data(), out.size());
 }
 
+// 256 characters, or 255 in UTF-8 when the 256th would split a surrogate
+// pair (its halves have no UTF-8 form of their own).
+size_t CTextFileLoc::ChunkLength(const CString& text, size_t pos) const {
+    size_t count = std::min(kWriteChunk, text.size() - pos);
+    char16_t last = text[pos + count - 1];
+    bool splitsPair = last >= 0xD800 && last < 0xDC00 && pos + count < text.size();
+    return splitsPair && !m_unicode && m_codePage == CodePage::Utf8 ? count - 1 : count;
+}
+
 bool CTextFileLoc::WriteString(const CString& text) {
     for (size_t pos = 0; pos < text.size();) {
-        size_t count = std::min(kWriteChunk, text.size() - pos);
+        size_t count = ChunkLength(text, pos);
         CString chunk = text.substr(pos, count);
         pos += count;
         bool endsMidLine = pos < text.size() && chunk.back() != u'\n';

@@ -141,6 +141,7 @@ bool DbfOpen(COrvoBasic& interp, CBasicVariable& result, CArgArray& args) {
     CString path = args[0].GetStringValue();
     if (!interp.ResolvePath(path)) return Fail(interp, 47);
     auto file = std::make_unique<CDbfDataFile>();
+    file->Dbf().SetCodePage(interp.GetCodePage());
     try {
         if (!file->Open(path, CDbf::modeRead)) return false;
     } catch (const CFileException&) {
@@ -164,6 +165,7 @@ bool DbfCreate(COrvoBasic& interp, CBasicVariable& result, CArgArray& args) {
     CString path = args[0].GetStringValue();
     if (!interp.ResolvePath(path)) return Fail(interp, 47);
     auto file = std::make_unique<CDbfDataFile>();
+    file->Dbf().SetCodePage(interp.GetCodePage());
     if (!file->Dbf().Create(path, fields)) return false;
     result.SetValue(interp.DataFiles().Add(std::move(file)));
     return true;

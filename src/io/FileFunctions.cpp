@@ -102,6 +102,8 @@ bool ReadItems(FileCall& c) {
     }
     if (count > kMaxReadItems) return Fail(c.interp, 50);
     if (count == 0) return true;
+    uint64_t bytes = static_cast<uint64_t>(count) * (static_cast<uint64_t>(size) + sizeof(CVarBase));
+    if (!c.interp.MayAllocate(bytes)) return false;
     std::vector<unsigned char> buffer;
     try {
         buffer.resize(static_cast<size_t>(count * size));
@@ -128,10 +130,17 @@ bool WriteItems(FileCall& c) {
     return true;
 }
 
+// A long line counts against the memory budget as it is read, and its
+// reading notices the deadline and stop requests.
+CTextFileLoc::GrowCheck LineGrowth(FileCall& c) {
+    return [&interp = c.interp](size_t bytes) { return interp.MayAllocate(bytes); };
+}
+
 // "readline" FILE: the next line with "\r\n" added, or "" at the end.
 bool ReadLine(FileCall& c) {
     CString line;
-    if (c.holder.TextFile()->ReadString(line)) line += u"\r\n";
+    if (c.holder.TextFile()->ReadString(line, LineGrowth(c))) line += u"\r\n";
+    if (c.interp.IsHalted()) return false;
     c.result.SetValue(line);
     return true;
 }
@@ -140,7 +149,7 @@ bool ReadLine(FileCall& c) {
 // token that is no number, appended to the result; nothing at the end.
 bool ReadList(FileCall& c) {
     CString line;
-    if (!c.holder.TextFile()->ReadString(line)) return true;
+    if (!c.holder.TextFile()->ReadString(line, LineGrowth(c))) return !c.interp.IsHalted();
     StringTokenizer tokens(line, c.args[1].GetStringValue());
     double number;
     while (tokens.NextNumber(number)) c.result.AddItem(number);

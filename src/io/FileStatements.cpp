@@ -4,6 +4,8 @@
 
 #include <orvobasic/COrvoBasic.h>
 
+#include <cerrno>
+
 using namespace ob;
 using platform::CFile;
 
@@ -27,10 +29,12 @@ OpenMode ModeOfKeyword(KEYWORD_TYPE keyword) {
     return OpenMode::Input;   // "input" and any other keyword
 }
 
-// Opens the file as a binary or a text slot; null when the system refuses.
-std::unique_ptr<CFileHolder> OpenHolder(const CString& name, OpenMode mode, bool text) {
+// Opens the file as a binary or a text slot (8-bit text in `codePage`);
+// null when the system refuses.
+std::unique_ptr<CFileHolder> OpenHolder(const CString& name, OpenMode mode, bool text, CodePage codePage) {
     if (text) {
         auto file = std::make_unique<CTextFileLoc>(true, false);
+        file->SetCodePage(codePage);
         if (!file->Open(name, FlagsOf(mode))) return nullptr;
         return std::make_unique<CFileHolder>(std::move(file));
     }
@@ -91,9 +95,10 @@ bool COrvoBasic::ExecOpenFile() {
         return false;
     }
     CString path = name.GetStringValue();
-    std::unique_ptr<CFileHolder> holder = ResolvePath(path) ? OpenHolder(path, mode, text) : nullptr;
+    errno = 0;
+    std::unique_ptr<CFileHolder> holder = ResolvePath(path) ? OpenHolder(path, mode, text, m_codePage) : nullptr;
     if (!holder) {
-        ReportError(47);
+        ReportErrorAbout(47, path, errno);
         return false;
     }
     m_fileSlots->Add(static_cast<uint16_t>(number), std::move(holder));

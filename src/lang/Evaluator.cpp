@@ -206,31 +206,38 @@ void COrvoBasic::PrimitiveVariable(CBasicVariable& result) {
     }
     CBasicVariable* var = FindVariableAt(start, name);
     if (!var) {
-        ReportError(37);
+        ReportErrorAbout(37, name);
         return;
     }
     if (!indexed) {
+        if (!MayAllocate(static_cast<uint64_t>(var->ChargedBytes()))) return;
         result = *var;
     } else if (index < 0 || index >= var->GetNumItems()) {
         ReportError(36);
     } else {
         var->SetCurIndex(index);
+        if (!MayAllocate(var->GetCurrent().HeapBytes())) return;
         result.SetValue(*var);
     }
     get_token();
 }
 
-// name.member that is no record field: an automation property read. Object
-// properties need the automation layer, which this build does not provide.
+// name.member that is no record field: a property of the automation object
+// the variable holds.
 void COrvoBasic::PrimitiveUnknownMember(CBasicVariable& result) {
-    (void)result;
-    CString name = m_token.Left(m_token.Find(u'.'));
+    int dot = m_token.Find(u'.');
+    CString name = m_token.Left(dot);
     CBasicVariable* var = FindVariable(name);
-    if (!var) {
-        ReportError(37);
-    } else {
+    if (!IsAllowed(OB_CAP_AUTOMATION)) {
+        ReportError(21);   // like a denied method call
+    } else if (!var) {
+        ReportErrorAbout(37, name);
+    } else if (var->GetType() != BVT_OBJECT) {
         m_operands.emplace_back();
         ReportError(31);
+    } else {
+        m_operands.emplace_back();
+        GetObjectProperty(result, var->GetObjectValue(), m_token.Mid(dot + 1));
     }
     get_token();
 }
@@ -244,10 +251,14 @@ bool COrvoBasic::ComputeOperation(int op, CBasicVariable& left, CBasicVariable& 
         return ok;
     }
     case BVT_STRING: {
-        CString a = left.GetStringValue();
-        bool ok = ComputeString(op, a, right.GetType() == BVT_STRING ? right.GetCurrent().StringRef()
-                                                                      : right.GetStringValue());
-        left.SetValue(a);
+        CString converted;
+        const CString& b = right.GetType() == BVT_STRING ? right.GetCurrent().StringRef()
+                                                         : (converted = right.GetStringValue());
+        CString a;
+        if (op == AO_ADD && !BuildConcatenation(left.GetCurrent().StringRef(), b, a)) return false;
+        if (op != AO_ADD) a = left.GetStringValue();
+        bool ok = ComputeString(op, a, b);
+        left.SetValue(std::move(a));
         return ok;
     }
     default:
@@ -270,9 +281,24 @@ bool COrvoBasic::ComputeArithmetic(int op, double& a, double b) {
     }
 }
 
+// Copies `left` into `out`, with room for `right` too, in slices so that a
+// huge concatenation still notices the budgets and a stop request in time.
+bool COrvoBasic::BuildConcatenation(const CString& left, const CString& right, CString& out) {
+    if (!MayAllocate((left.size() + right.size()) * sizeof(char16_t))) return false;
+    out.reserve(left.size() + right.size());
+    for (size_t at = 0; at < left.size(); at += kConcatSlice) {
+        if (at && !MayContinue(kConcatSlice * sizeof(char16_t))) return false;
+        out.append(left, at, kConcatSlice);
+    }
+    return true;
+}
+
 bool COrvoBasic::ComputeString(int op, CString& a, const CString& b) {
     if (op == AO_ADD) {
-        a += b;
+        for (size_t at = 0; at < b.size(); at += kConcatSlice) {
+            if (at && !MayContinue(kConcatSlice * sizeof(char16_t))) return false;
+            a.append(b, at, kConcatSlice);
+        }
         return true;
     }
     ReportError(14);

@@ -6,9 +6,13 @@
 
 #include <exception>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define OB_ASAN_FIBERS 1
+#include "platform/Sanitizers.h"
+
+#if OB_ASAN
 #include <sanitizer/common_interface_defs.h>
+#endif
+#if OB_TSAN
+#include <sanitizer/tsan_interface.h>
 #endif
 
 namespace ob::platform {
@@ -23,7 +27,11 @@ struct Fiber {
     const std::function<void()>* body = nullptr;
     std::exception_ptr error;
     char* stack = nullptr;
-#ifdef OB_ASAN_FIBERS
+#if OB_TSAN
+    void* callerFiber = nullptr;   // the thread sanitizer's view of the two stacks
+    void* calleeFiber = nullptr;
+#endif
+#if OB_ASAN
     void* fakeStack = nullptr;
     const void* callerBottom = nullptr;
     size_t callerSize = 0;
@@ -34,7 +42,7 @@ thread_local Fiber* t_active = nullptr;   // the fiber this thread runs on, if a
 
 void FiberEntry() {
     Fiber* fiber = t_active;
-#ifdef OB_ASAN_FIBERS
+#if OB_ASAN
     __sanitizer_finish_switch_fiber(nullptr, &fiber->callerBottom, &fiber->callerSize);
 #endif
     try {
@@ -42,8 +50,11 @@ void FiberEntry() {
     } catch (...) {
         fiber->error = std::current_exception();
     }
-#ifdef OB_ASAN_FIBERS
+#if OB_ASAN
     __sanitizer_start_switch_fiber(nullptr, fiber->callerBottom, fiber->callerSize);
+#endif
+#if OB_TSAN
+    __tsan_switch_to_fiber(fiber->callerFiber, 0);
 #endif
     // Returning resumes uc_link, the caller's context.
 }
@@ -70,11 +81,19 @@ void RunOnLargeStack(const std::function<void()>& body) {
     fiber.callee.uc_link = &fiber.caller;
     makecontext(&fiber.callee, FiberEntry, 0);
     t_active = &fiber;
-#ifdef OB_ASAN_FIBERS
+#if OB_ASAN
     __sanitizer_start_switch_fiber(&fiber.fakeStack, stack, kLargeStackSize);
 #endif
+#if OB_TSAN
+    fiber.callerFiber = __tsan_get_current_fiber();
+    fiber.calleeFiber = __tsan_create_fiber(0);
+    __tsan_switch_to_fiber(fiber.calleeFiber, 0);
+#endif
     swapcontext(&fiber.caller, &fiber.callee);
-#ifdef OB_ASAN_FIBERS
+#if OB_TSAN
+    __tsan_destroy_fiber(fiber.calleeFiber);
+#endif
+#if OB_ASAN
     __sanitizer_finish_switch_fiber(fiber.fakeStack, nullptr, nullptr);
 #endif
     t_active = nullptr;

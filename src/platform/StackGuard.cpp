@@ -1,6 +1,7 @@
 #include "platform/StackGuard.h"
 
 #include "platform/LargeStack.h"
+#include "platform/Sanitizers.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -8,7 +9,7 @@
 namespace ob::platform {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
+#if OB_ASAN || OB_TSAN
 constexpr size_t kMargin = 1024 * 1024;   // sanitizer reports need room of their own
 #else
 constexpr size_t kMargin = 256 * 1024;

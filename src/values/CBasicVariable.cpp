@@ -6,6 +6,43 @@
 CBasicVariable::CBasicVariable(CBasicVariable&& other) noexcept
     : m_items(std::move(other.m_items)), m_curIndex(other.m_curIndex) {
     other.Init();
+    other.Recharge();
+}
+
+CBasicVariable::~CBasicVariable() {
+    if (m_meter) m_meter->bytes -= m_charged;
+}
+
+void CBasicVariable::AttachMeter(ob::MemoryMeter* meter, int64_t extraBytes) {
+    if (m_meter) m_meter->bytes -= m_charged;
+    m_meter = meter;
+    m_charged = 0;
+    m_extra = extraBytes;
+    Recharge();
+}
+
+int64_t CBasicVariable::ContentBytes() const {
+    int64_t total = 0;
+    for (const CVarBase& item : m_items) total += ItemBytes(item);
+    return total;
+}
+
+// After a write to one element: charges the change of that element's size.
+void CBasicVariable::Changed(size_t index, int64_t before) {
+    if (m_meter) {
+        int64_t delta = ItemBytes(m_items[index]) - before;
+        m_charged += delta;
+        m_meter->bytes += delta;
+    }
+    OnChange();
+}
+
+// After a change of several elements: charges the difference to the whole.
+void CBasicVariable::Recharge() {
+    if (!m_meter) return;
+    int64_t total = ContentBytes() + m_extra;
+    m_meter->bytes += total - m_charged;
+    m_charged = total;
 }
 
 // A fresh variable: one unset element, index 0, no hook (the name is kept).
@@ -17,41 +54,103 @@ void CBasicVariable::Init() {
 
 bool CBasicVariable::IsSet() const { return m_items.size() >= 2 || m_items[0].IsSet(); }
 
-void CBasicVariable::SetValue(const CString& v) { Cur().SetValue(v); OnChange(); }
-void CBasicVariable::SetValue(const char16_t* v) { Cur().SetValue(v); OnChange(); }
-void CBasicVariable::SetValue(const double& v) { Cur().SetValue(v); OnChange(); }
-void CBasicVariable::SetValue(const int& v) { Cur().SetValue(static_cast<long>(v)); OnChange(); }
-void CBasicVariable::SetValue(bool v) { Cur().SetValue(v); OnChange(); }
-void CBasicVariable::SetValue(IDispatch* const v) { Cur().SetValue(v); OnChange(); }
+void CBasicVariable::SetValue(CString&& v) {
+    size_t i = static_cast<size_t>(m_curIndex);
+    int64_t before = Weigh(i);
+    Cur().SetValue(std::move(v));
+    Changed(i, before);
+}
 
-void CBasicVariable::SetValue(const CString& v, int index) { m_items[static_cast<size_t>(index)].SetValue(v); OnChange(); }
-void CBasicVariable::SetValue(const char16_t* v, int index) { m_items[static_cast<size_t>(index)].SetValue(v); OnChange(); }
-void CBasicVariable::SetValue(const double& v, int index) { m_items[static_cast<size_t>(index)].SetValue(v); OnChange(); }
+void CBasicVariable::SetValue(const CString& v) {
+    size_t i = static_cast<size_t>(m_curIndex);
+    int64_t before = Weigh(i);
+    Cur().SetValue(v);
+    Changed(i, before);
+}
+void CBasicVariable::SetValue(const char16_t* v) {
+    size_t i = static_cast<size_t>(m_curIndex);
+    int64_t before = Weigh(i);
+    Cur().SetValue(v);
+    Changed(i, before);
+}
+void CBasicVariable::SetValue(const double& v) {
+    size_t i = static_cast<size_t>(m_curIndex);
+    int64_t before = Weigh(i);
+    Cur().SetValue(v);
+    Changed(i, before);
+}
+void CBasicVariable::SetValue(const int& v) {
+    size_t i = static_cast<size_t>(m_curIndex);
+    int64_t before = Weigh(i);
+    Cur().SetValue(static_cast<long>(v));
+    Changed(i, before);
+}
+void CBasicVariable::SetValue(bool v) {
+    size_t i = static_cast<size_t>(m_curIndex);
+    int64_t before = Weigh(i);
+    Cur().SetValue(v);
+    Changed(i, before);
+}
+void CBasicVariable::SetValue(IDispatch* const v) {
+    size_t i = static_cast<size_t>(m_curIndex);
+    int64_t before = Weigh(i);
+    Cur().SetValue(v);
+    Changed(i, before);
+}
+
+void CBasicVariable::SetValue(const CString& v, int index) {
+    size_t i = static_cast<size_t>(index);
+    int64_t before = Weigh(i);
+    m_items[i].SetValue(v);
+    Changed(i, before);
+}
+void CBasicVariable::SetValue(const char16_t* v, int index) {
+    size_t i = static_cast<size_t>(index);
+    int64_t before = Weigh(i);
+    m_items[i].SetValue(v);
+    Changed(i, before);
+}
+void CBasicVariable::SetValue(const double& v, int index) {
+    size_t i = static_cast<size_t>(index);
+    int64_t before = Weigh(i);
+    m_items[i].SetValue(v);
+    Changed(i, before);
+}
 void CBasicVariable::SetValue(const int& v, int index) {
-    m_items[static_cast<size_t>(index)].SetValue(static_cast<long>(v));
-    OnChange();
+    size_t i = static_cast<size_t>(index);
+    int64_t before = Weigh(i);
+    m_items[i].SetValue(static_cast<long>(v));
+    Changed(i, before);
 }
 
 void CBasicVariable::SetValue(IDispatch* const v, int index) {
     long asInt = static_cast<long>(static_cast<int32_t>(reinterpret_cast<uintptr_t>(v)));
-    m_items[static_cast<size_t>(index)].SetValue(asInt);
-    OnChange();
+    size_t i = static_cast<size_t>(index);
+    int64_t before = Weigh(i);
+    m_items[i].SetValue(asInt);
+    Changed(i, before);
 }
 
 void CBasicVariable::SetValue(const CBasicVariable& v) {
+    size_t i = static_cast<size_t>(m_curIndex);
+    int64_t before = Weigh(i);
     Cur().SetValue(v.Cur());
-    OnChange();
+    Changed(i, before);
 }
 
 bool CBasicVariable::SetValue(const VARIANT& v) {
+    size_t i = static_cast<size_t>(m_curIndex);
+    int64_t before = Weigh(i);
     if (!Cur().SetValue(v)) return false;
-    OnChange();
+    Changed(i, before);
     return true;
 }
 
 bool CBasicVariable::Increment() {
+    size_t i = static_cast<size_t>(m_curIndex);
+    int64_t before = Weigh(i);
     if (!Cur().Increment()) return false;
-    OnChange();
+    Changed(i, before);
     return true;
 }
 
@@ -71,11 +170,13 @@ void CBasicVariable::Set(const CBasicVariable& other) {
         }
         m_curIndex = other.m_curIndex;
     }
+    Recharge();
     OnChange();
 }
 
 void CBasicVariable::ReleaseStringBuffer() {
     Cur().ReleaseStringBuffer();
+    Recharge();
     OnChange();
 }
 
@@ -99,20 +200,22 @@ bool CBasicVariable::SetCurField(const CString& name) {
 
 int CBasicVariable::AddItem() {
     m_items.emplace_back();
-    OnChange();
+    Changed(m_items.size() - 1, 0);
     return GetNumItems() - 1;
 }
 
 // The first value stored into a fresh variable fills element 0.
 int CBasicVariable::AddValue(const CVarBase& value) {
     int index = 0;
+    int64_t before = 0;
     if (IsSet()) {
         m_items.emplace_back(value);
         index = GetNumItems() - 1;
     } else {
+        before = Weigh(0);
         m_items[0].SetValue(value);
     }
-    OnChange();
+    Changed(static_cast<size_t>(index), before);
     return index;
 }
 
@@ -128,6 +231,7 @@ void CBasicVariable::SetArraySize(int count) {
 void CBasicVariable::Redim(int count) {
     if (count >= 1 && count < kMaxItems) m_items.resize(static_cast<size_t>(count));
     m_curIndex = 0;
+    Recharge();
     OnChange();
 }
 
@@ -139,4 +243,9 @@ void CBasicVariable::SetChangeEvent(COrvoBasic* owner, const CString& name) {
 // Raises the change event with this variable as its single argument.
 void CBasicVariable::OnChange() {
     if (m_eventOwner) m_eventOwner->EventThrow(m_eventName, this);
+}
+
+void CBasicVariable::ReleaseObjects() {
+    for (size_t i = 0; i < m_items.size(); ++i)
+        if (m_items[i].GetType() == BVT_OBJECT) m_items[i].Clear();
 }

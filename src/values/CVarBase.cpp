@@ -3,13 +3,19 @@
 #include "engine/Messages.h"
 #include "platform/NumberFormat.h"
 
+#include <atomic>
 #include <cstring>
 #include <utility>
 
 namespace {
 constexpr int kTrueMessage = 58;
 constexpr int kFalseMessage = 59;
+// Values of the whole process that hold an object reference; touched only
+// on the object paths.
+std::atomic<long> g_heldObjects{0};
 }  // namespace
+
+long CVarBase::HeldObjectCount() { return g_heldObjects.load(std::memory_order_relaxed); }
 
 CVarBase::CVarBase(const char16_t* text) { SetValue(text); }
 CVarBase::CVarBase(const CString& text) { SetValue(text); }
@@ -47,7 +53,10 @@ const CString& CVarBase::EmptyString() {
 
 // Releases an object reference and forgets the value.
 void CVarBase::Clear() {
-    if (m_vt == VT_DISPATCH && m_object) m_object->Release();
+    if (m_vt == VT_DISPATCH && m_object) {
+        g_heldObjects.fetch_sub(1, std::memory_order_relaxed);
+        m_object->Release();
+    }
     if (m_vt == VT_BSTR) m_str.clear();
     m_vt = VT_EMPTY;
     m_double = 0;
@@ -56,7 +65,10 @@ void CVarBase::Clear() {
 // Copies the value (an object gains a reference); field name untouched.
 void CVarBase::CopyValueFrom(const CVarBase& other) {
     if (this == &other) return;
-    if (other.m_vt == VT_DISPATCH && other.m_object) other.m_object->AddRef();
+    if (other.m_vt == VT_DISPATCH && other.m_object) {
+        other.m_object->AddRef();
+        g_heldObjects.fetch_add(1, std::memory_order_relaxed);
+    }
     Clear();
     m_vt = other.m_vt;
     std::memcpy(&m_double, &other.m_double, sizeof m_double);
@@ -67,6 +79,14 @@ void CVarBase::SetValue(const char16_t* text) {
     Clear();
     m_vt = VT_BSTR;
     m_str = text ? text : u"";
+}
+
+void CVarBase::SetValue(CString&& text) {
+    if (m_vt != VT_BSTR) {
+        Clear();
+        m_vt = VT_BSTR;
+    }
+    m_str = std::move(text);
 }
 
 void CVarBase::SetValue(const CString& text) {
@@ -98,7 +118,10 @@ void CVarBase::SetValue(bool truth) {
 }
 
 void CVarBase::SetValue(IDispatch* const object) {
-    if (object) object->AddRef();
+    if (object) {
+        object->AddRef();
+        g_heldObjects.fetch_add(1, std::memory_order_relaxed);
+    }
     Clear();
     m_vt = VT_DISPATCH;
     m_object = object;

@@ -32,11 +32,21 @@ bool CMapDirectory::Store(const CString& name, const CString& key, const CBasicV
     Map* map = Lookup(name);
     if (!map) return false;
     auto it = map->find(key);
-    if (it != map->end())
+    if (it != map->end()) {
         it->second.Set(value);
-    else
-        map->emplace(key, value);
+    } else {
+        it = map->emplace(key, value).first;
+        if (m_meter) it->second.AttachMeter(m_meter, static_cast<int64_t>((key.capacity() + 1) * 2 + 64));
+    }
     return true;
+}
+
+uint64_t CMapDirectory::Bytes(const CString& name) const {
+    const Map* map = Lookup(name);
+    uint64_t total = 0;
+    if (map)
+        for (const auto& entry : *map) total += static_cast<uint64_t>(entry.second.ChargedBytes());
+    return total;
 }
 
 bool CMapDirectory::Get(const CString& name, const CString& key, CBasicVariable& out) const {
@@ -132,6 +142,8 @@ bool COrvoBasic::ExecMapOperation(CBasicVariable& result, CArgArray& args, FUNCT
         return false;
     }
     CString name = args[0].GetStringValue();
+    // The enumerations build an array as large as the map: counted first.
+    if ((type == FT_MAPGETKEYS || type == FT_MAPGETVALUES) && !MayAllocate(m_maps->Bytes(name))) return false;
     switch (type) {
     case FT_MAPSET:
         m_maps->Store(name, args[1].GetStringValue(), args[2]);

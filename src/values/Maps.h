@@ -16,6 +16,9 @@ class CMapDirectory {
 public:
     using Map = std::unordered_map<CString, CBasicVariable, CStringHash>;
 
+    // Entries stored from now on are counted on `meter` (none when null).
+    explicit CMapDirectory(MemoryMeter* meter = nullptr) : m_meter(meter) {}
+
     // Makes an empty map under `name`; an existing map of that name is
     // replaced by the empty one and its contents are freed.
     void Add(const CString& name);
@@ -40,11 +43,15 @@ public:
     bool GetValues(const CString& name, CBasicVariable& out) const;
 
     size_t Count() const { return m_maps.size(); }
+    // Bytes the map's entries hold (keys and values), as counted on the
+    // meter; 0 when there is no such map or no meter.
+    uint64_t Bytes(const CString& name) const;
     // Deletes every map and everything stored in them.
     void FreeAll() { m_maps.clear(); }
 
 private:
     std::unordered_map<CString, std::unique_ptr<Map>, CStringHash> m_maps;
+    MemoryMeter* m_meter = nullptr;
 };
 
 }  // namespace ob

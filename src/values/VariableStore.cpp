@@ -113,7 +113,7 @@ bool COrvoBasic::SetVariableDirect(const CString& name, const CBasicVariable& va
         return false;
     }
     if (!global) AddScopeLevelExtension(key);
-    m_variables[key] = std::make_unique<CBasicVariable>(value);
+    AdoptVariable(key, std::make_unique<CBasicVariable>(value));
     ++m_varGeneration;
     return true;
 }
@@ -125,7 +125,7 @@ bool COrvoBasic::CopyVariable(const CString& name, const CBasicVariable& value, 
         return true;
     }
     if (!global) AddScopeLevelExtension(key);
-    m_variables[key] = std::make_unique<CBasicVariable>(value);
+    AdoptVariable(key, std::make_unique<CBasicVariable>(value));
     ++m_varGeneration;
     return true;
 }
@@ -139,7 +139,7 @@ bool COrvoBasic::SetVariableSize(const CString& name, int size, bool global) {
     if (!global) AddScopeLevelExtension(key);
     auto var = std::make_unique<CBasicVariable>();
     if (size > 1) var->SetArraySize(size);
-    m_variables[key] = std::move(var);
+    AdoptVariable(key, std::move(var));
     ++m_varGeneration;
     return true;
 }

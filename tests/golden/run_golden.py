@@ -6,14 +6,20 @@ A golden test is a .bas script whose expectations live in its own comments:
     print "hello"   # expect: hello        one line of stdout, in order
     goto nowhere    # expect error 7       error 7 reported on this line
     x = y + z       # expect error 37, 30  several errors on one line
+    # expect error 37 in parts/a.inc:3     an error reported in another file
+                                           (path relative to the script's folder)
     # args: --flag value                   extra runner arguments (shell-split)
     # exit: 1                              exit status (default: 1 if an error
                                            is expected, else 0)
     # stdin: some text                     one line fed to stdin (repeatable)
+    # expect-file NAME: TEXT               one line of the text file NAME that
+                                           the script wrote, in order
 
 Each script runs as `orvobasic --on-error=continue [args] [extra] /abs/script.bas`
-in a fresh temporary directory holding a copy of the fixtures directory. The
-test passes when stdout, the reported errors and the exit status all match.
+in a fresh temporary directory holding a copy of the fixtures directory and,
+when the script has one beside it, its action file NAME.actions (so that
+"# args: --ui-actions NAME.actions" finds it). The test passes when stdout,
+the reported errors, the exit status and the expected files all match.
 
 Standard library only. Exit status 0 when every script passes, else 1.
 """
@@ -46,9 +52,11 @@ SANITIZER_LINE = re.compile(r"^==\d+==ERROR: \w*Sanitizer|: runtime error: ")
 # Directives, matched at the start of a comment ("#" outside a string literal).
 EXPECT_OUTPUT = re.compile(r"^#\s*expect:(.*)$")
 EXPECT_ERROR = re.compile(r"^#\s*expect\s+error\s+(-?\d+(?:\s*,\s*-?\d+)*)\s*$")
+EXPECT_ERROR_IN = re.compile(r"^#\s*expect\s+error\s+(-?\d+)\s+in\s+(\S+):(\d+)\s*$")
 ARGS = re.compile(r"^#\s*args:(.*)$")
 EXIT = re.compile(r"^#\s*exit:\s*(-?\d+)\s*$")
 STDIN = re.compile(r"^#\s*stdin:(.*)$")
+EXPECT_FILE = re.compile(r"^#\s*expect-file\s+([^\s:]+):(.*)$")
 # A comment that looks like a directive but matches none of the forms above is
 # a typo in the test ("# exit: one", "# expect eror 7"), reported instead of
 # silently ignored. Ordinary prose ("# expect the loop to stop") is left alone.
@@ -70,17 +78,19 @@ class Expectations:
     def __init__(self):
         self.stdout = []        # expected stdout lines, in order
         self.errors = []        # (line, number) pairs
+        self.file_errors = []   # (path relative to the script's folder, line, number)
         self.args = []          # extra runner arguments
         self.stdin = []         # lines fed to stdin
         self.exit = None        # explicit "# exit:" value, if any
         self.problems = []      # malformed directives (the test itself is wrong)
         self.source = []        # the script's lines, for the failure report
+        self.files = collections.OrderedDict()  # file name -> expected lines
 
     def exit_status(self):
         """The status the runner must return: explicit, else 1 if errors expected."""
         if self.exit is not None:
             return self.exit
-        return 1 if self.errors else 0
+        return 1 if self.errors or self.file_errors else 0
 
 
 def directive_text(captured):
@@ -116,6 +126,10 @@ def parse_directive(comment, line_number, exp):
         for number in match.group(1).split(","):
             exp.errors.append((line_number, int(number)))
         return
+    match = EXPECT_ERROR_IN.match(comment)
+    if match:
+        exp.file_errors.append((match.group(2), int(match.group(3)), int(match.group(1))))
+        return
     match = ARGS.match(comment)
     if match:
         try:
@@ -131,14 +145,32 @@ def parse_directive(comment, line_number, exp):
     if match:
         exp.stdin.append(directive_text(match.group(1)))
         return
+    match = EXPECT_FILE.match(comment)
+    if match:
+        exp.files.setdefault(match.group(1), []).append(directive_text(match.group(2)))
+        return
     if DIRECTIVE_LIKE.match(comment):
         exp.problems.append(f"line {line_number}: malformed directive: {comment}")
 
 
+def decode_script(data):
+    """Decodes a script as the interpreter does: with the UTF-8 mark, or valid
+    UTF-8 holding a non-ASCII character, as UTF-8; anything else as Windows-1252."""
+    if data.startswith(codecs.BOM_UTF8):
+        return data[len(codecs.BOM_UTF8):].decode("utf-8", errors="replace")
+    try:
+        text = data.decode("utf-8")
+        if not text.isascii():
+            return text
+    except UnicodeDecodeError:
+        pass
+    return data.decode("cp1252", errors="ob-cp1252")
+
+
 def parse_script(path):
-    """Reads a script (8-bit Windows-1252 text, as the interpreter does) and its expectations."""
+    """Reads a script (UTF-8 or Windows-1252 text, as the interpreter does) and its expectations."""
     with open(path, "rb") as handle:
-        text = handle.read().decode("cp1252", errors="ob-cp1252")
+        text = decode_script(handle.read())
     exp = Expectations()
     for number, line in enumerate(text.split("\n"), start=1):
         line = line.rstrip("\r")
@@ -177,20 +209,68 @@ def parse_errors(stderr, script):
     return found
 
 
+def parse_file_errors(stderr, script):
+    """Error reports for files other than the script: {(relative path, line, N): count}."""
+    found = collections.Counter()
+    folder = os.path.dirname(script)
+    for line in stderr.split("\n"):
+        match = ERROR_LINE.match(line)
+        if match and match.group(1) != script:
+            path = os.path.relpath(match.group(1), folder)
+            found[(path, int(match.group(2)), int(match.group(3)))] += 1
+    return found
+
+
+def file_errors_report(exp, actual):
+    """Missing and unexpected errors in other files, only when the script expects some."""
+    if not exp.file_errors:
+        return []
+    expected = collections.Counter(exp.file_errors)
+    lines = []
+    for (path, line, number), count in sorted((expected - actual).items()):
+        lines += [f"  missing:    {path}:{line}: error {number}"] * count
+    for (path, line, number), count in sorted((actual - expected).items()):
+        lines += [f"  unexpected: {path}:{line}: error {number}"] * count
+    return ["errors in other files differ:"] + lines if lines else []
+
+
 class Run:
     """The outcome of one runner process."""
 
-    def __init__(self, status, stdout, stderr, timed_out):
+    def __init__(self, status, stdout, stderr, timed_out, files=None):
         self.status = status
         self.stdout = stdout
         self.stderr = stderr
         self.timed_out = timed_out
+        self.files = files or {}     # expected file name -> its lines, None when missing
 
 
 def copy_fixtures(fixtures, workdir):
     """Copies the contents of the fixtures directory (if any) into workdir."""
     if fixtures and os.path.isdir(fixtures):
         shutil.copytree(fixtures, workdir, dirs_exist_ok=True)
+
+
+def copy_actions(script, workdir):
+    """Copies the script's action file NAME.actions (if any) into workdir."""
+    actions = os.path.splitext(script)[0] + ".actions"
+    if os.path.isfile(actions):
+        shutil.copy(actions, workdir)
+
+
+def read_text_file(path):
+    """The lines of a text file the script wrote: UTF-16LE after FF FE, else
+    8-bit Windows-1252; lines end at CR LF or LF. None when it is missing."""
+    try:
+        with open(path, "rb") as handle:
+            data = handle.read()
+    except OSError:
+        return None
+    if data.startswith(b"\xff\xfe"):
+        text = data[2:].decode("utf-16-le", errors="replace")
+    else:
+        text = data.decode("cp1252", errors="ob-cp1252")
+    return split_output(text.replace("\r\n", "\n"))
 
 
 def run_runner(runner, fixtures, script, exp, extra_args):
@@ -200,6 +280,7 @@ def run_runner(runner, fixtures, script, exp, extra_args):
     stdin_bytes = "".join(line + "\n" for line in exp.stdin).encode("utf-8")
     with tempfile.TemporaryDirectory(prefix="ob-golden-") as workdir:
         copy_fixtures(fixtures, workdir)
+        copy_actions(script, workdir)
         process = subprocess.Popen(
             command, cwd=workdir, env=env,
             stdin=subprocess.PIPE if exp.stdin else subprocess.DEVNULL,
@@ -216,10 +297,11 @@ def run_runner(runner, fixtures, script, exp, extra_args):
             except ProcessLookupError:  # it ended on its own meanwhile
                 pass
             out, err = process.communicate()
+        files = {name: read_text_file(os.path.join(workdir, name)) for name in exp.files}
     return Run(process.returncode,
                out.decode("utf-8", errors="backslashreplace"),
                err.decode("utf-8", errors="backslashreplace"),
-               timed_out)
+               timed_out, files)
 
 
 def describe_status(status):
@@ -262,6 +344,20 @@ def errors_report(exp, actual):
     return report
 
 
+def files_report(expected, actual):
+    """Differences between the expected and the written text files."""
+    report = []
+    for name, lines in expected.items():
+        got = actual.get(name)
+        if got is None:
+            report.append(f"file {name} was not written")
+        elif got != lines:
+            diff = difflib.unified_diff(lines, got, f"expected {name}", f"actual {name}",
+                                        lineterm="", n=3)
+            report += [f"file {name} differs:"] + ["  " + line for line in diff]
+    return report
+
+
 def sanitizer_start(lines):
     """Index of the first line of a sanitizer report on stderr, or -1."""
     return next((i for i, line in enumerate(lines) if SANITIZER_LINE.search(line)), -1)
@@ -300,6 +396,8 @@ def check(runner, fixtures, path, extra_args=()):
         report.append(f"timed out after {TIMEOUT_SECONDS} s (process killed)")
     report += stdout_report(exp.stdout, split_output(run.stdout))
     report += errors_report(exp, parse_errors(run.stderr, script))
+    report += files_report(exp.files, run.files)
+    report += file_errors_report(exp, parse_file_errors(run.stderr, script))
     stderr_lines = split_output(run.stderr)
     if sanitizer_start(stderr_lines) >= 0:
         report.append("a sanitizer reported a problem (see stderr)")

@@ -149,6 +149,22 @@ TEST(CDbf, DeleteLastRecordCutsTheFileAndCloseMarksTheEnd) {
     EXPECT_EQ(b[129 + 33], 'b');
 }
 
+TEST(CDbf, AppendToAFullCountFailsInsteadOfWrappingToZero) {
+    TempDir dir;
+    MakeSample(dir.WPath("full.dbf"), {{u"a", u"1", u"y"}});
+    std::string b = ReadBytes(dir.Path("full.dbf"));
+    b.replace(4, 4, "\xFF\xFF\xFF\xFF");
+    WriteBytes(dir.Path("full.dbf"), b);
+    CDbf dbf;
+    ASSERT_TRUE(dbf.Open(dir.WPath("full.dbf"), CDbf::modeReadWrite));
+    EXPECT_FALSE(dbf.AppendRecord({u"b", u"2", u"n"}, true));
+    EXPECT_EQ(dbf.GetNumRecords(), 0xFFFFFFFFu);
+    ASSERT_TRUE(dbf.Close());
+    std::string after = ReadBytes(dir.Path("full.dbf"));
+    EXPECT_EQ(Le32(after, 4), 0xFFFFFFFFu);
+    EXPECT_EQ(after.size(), b.size());
+}
+
 TEST(CDbf, AppendOverwritesTheEndMarkAndReadingNeedsNone) {
     TempDir dir;
     MakeSample(dir.WPath("a.dbf"), {{u"a", u"1", u"y"}});

@@ -241,7 +241,7 @@ TEST_F(HostApi, LastErrorIsReadableAndCut) {
     OB_SendEvent(s, u"Fail", nullptr, 0);
     char text[256];
     int32_t length = OB_GetLastErrorUtf8(s, text, sizeof text);
-    EXPECT_EQ(std::string(text), "Undefined function name\n\n  call missingfn()");
+    EXPECT_EQ(std::string(text), "Undefined function name\n  call missingfn()");
     EXPECT_EQ(length, static_cast<int32_t>(std::string(text).size()));
     char small[8];
     EXPECT_EQ(OB_GetLastErrorUtf8(s, small, sizeof small), length);

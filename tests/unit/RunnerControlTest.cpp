@@ -134,6 +134,8 @@ TEST(RunnerControl, CallChainFollowsAnErrorInsideFunctions) {
     EXPECT_EQ(box.Read("err"),
               "s.bas:11: error 7: Duplicate label\n"
               "      goto nowhere\n"
+              "           ^~~~~~~\n"
+              "    no label \"nowhere\"\n"
               "    in deep, called at s.bas:8\n"
               "    (the call above 2 more times)\n"
               "    in deep, called at s.bas:4\n"

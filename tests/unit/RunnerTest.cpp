@@ -154,7 +154,9 @@ TEST(Runner, BadCommandLineIs64) {
     EXPECT_EQ(RunRunner(dir, {}).status, 64);
     EXPECT_EQ(RunRunner(dir, {"--no-such-option", "s.bas"}).status, 64);
     EXPECT_EQ(RunRunner(dir, {"--on-error=maybe", "s.bas"}).status, 64);
-    EXPECT_EQ(RunRunner(dir, {"s.bas", "s.bas"}).status, 64);
+    EXPECT_EQ(RunRunner(dir, {"-e"}).status, 64);
+    // What follows the script is the script's own, not a second script.
+    EXPECT_EQ(RunRunner(dir, {"s.bas", "s.bas", "--no-such-option"}).status, 0);
 }
 
 TEST(Runner, CleanScriptExitsZeroWithQuietStderr) {
@@ -178,7 +180,8 @@ TEST(Runner, ErrorReportFormat) {
     Outcome o = RunScript("print \"a\"\n  goto nowhere\nprint \"b\"\n");
     EXPECT_EQ(o.status, 1);
     EXPECT_EQ(o.out, "a\nb\n");
-    EXPECT_EQ(o.err, "s.bas:2: error 7: Duplicate label\n      goto nowhere\n");
+    EXPECT_EQ(o.err, "s.bas:2: error 7: Duplicate label\n      goto nowhere\n           ^~~~~~~\n"
+                     "    no label \"nowhere\"\n");
 }
 
 TEST(Runner, ScriptPathIsShownAsTyped) {
@@ -201,7 +204,7 @@ TEST(Runner, AbortStopsAtTheFirstError) {
     Outcome o = RunScript(script, {"--on-error=abort"});
     EXPECT_EQ(o.status, 1);
     EXPECT_EQ(o.out, "a\n");
-    EXPECT_EQ(o.err, "s.bas:2: error 37: Undefined variable\n    x = nope\n");
+    EXPECT_EQ(o.err, "s.bas:2: error 37: Undefined variable\n    x = nope\n        ^~~~\n    \"nope\" is not defined\n");
 }
 
 TEST(Runner, DefaultWithoutTerminalIsAbort) {
@@ -237,7 +240,7 @@ TEST(Runner, UnterminatedLiteralReportedOnItsStatementLine) {
 // Errors found by the label pre-pass carry the line where it found them.
 TEST(Runner, DuplicateLabelReportedOnItsLine) {
     Outcome o = RunScript("print 1\nend\na:\nb:\na:\nend\n");
-    EXPECT_EQ(o.err, "s.bas:5: error 6: Lable table full\n    a:\n");
+    EXPECT_EQ(o.err, "s.bas:5: error 6: Lable table full\n    a:\n    ^\n");
     EXPECT_EQ(o.out, "1.000000\n");
 }
 

@@ -1,5 +1,7 @@
 #include "ConsoleDesktop.h"
 
+#include "ErrorDetails.h"
+
 
 #include <orvobasic/hostcontrol.h>
 
@@ -34,8 +36,11 @@ void ConsoleDesktop::PrintCallChain(const ob::ui::ErrorReport& report) {
     std::string script = report.script.ToUtf8();
     for (auto call = calls.rbegin(); call != calls.rend();) {
         auto same = call + 1;
-        while (same != calls.rend() && same->line == call->line && same->function == call->function) ++same;
-        std::fprintf(stderr, "    in %s, called at %s:%d\n", call->function.ToUtf8().c_str(), script.c_str(),
+        while (same != calls.rend() && same->line == call->line && same->function == call->function &&
+               same->script == call->script)
+            ++same;
+        std::string file = call->script.IsEmpty() ? script : call->script.ToUtf8();
+        std::fprintf(stderr, "    in %s, called at %s:%d\n", call->function.ToUtf8().c_str(), file.c_str(),
                      call->line);
         if (same - call > 1) std::fprintf(stderr, "    (the call above %ld more times)\n", long(same - call - 1));
         call = same;
@@ -53,6 +58,7 @@ int ConsoleDesktop::ErrorBox(const ob::ui::ErrorReport& report) {
     std::fprintf(stderr, "%s:%d: error %d: %s\n", report.script.ToUtf8().c_str(), report.line, report.id,
                  message.c_str());
     if (report.line > 0) std::fprintf(stderr, "    %s\n", report.sourceLine.ToUtf8().c_str());
+    if (report.record) PrintErrorDetails(stderr, *report.record);
     PrintCallChain(report);
     std::fflush(stderr);
     switch (m_mode) {

@@ -5,6 +5,7 @@
 
 #include <orvobasic/desktop.h>
 
+#include <atomic>
 #include <cstdio>
 
 namespace ob::runner {
@@ -27,7 +28,7 @@ private:
     static void PrintCallChain(const ob::ui::ErrorReport& report);
 
     OnError m_mode;
-    int m_errors = 0;
+    std::atomic<int> m_errors{0};   // scripts on several threads may report at once
 };
 
 }  // namespace ob::runner

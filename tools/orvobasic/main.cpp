@@ -6,6 +6,8 @@
 // resident timeout, or its timer stops. The first SIGINT/SIGTERM stops the
 // script cleanly; a second one ends the process at once.
 #include "ConsoleDesktop.h"
+#include "Interactive.h"
+#include "UsageText.h"
 
 #include <orvobasic/desktop.h>
 #include <orvobasic/orvobasic.h>
@@ -36,70 +38,13 @@ constexpr int kExitNotLoaded = 2;
 constexpr int kExitUsage = 64;
 constexpr int kExitSignalled = 130;
 
-const char kUsage[] =
-    "usage: orvobasic [options] SCRIPT\n"
-    "\n"
-    "Runs an OrvoBasic script. Printed text goes to stdout; each reported error\n"
-    "goes to stderr as SCRIPT:LINE: error N: MESSAGE, followed by the source line.\n"
-    "\n"
-    "options:\n"
-    "  --on-error=continue|abort|ask\n"
-    "                 answer to error messages: go on with the next statement,\n"
-    "                 end the run, or ask on the terminal (default: ask when\n"
-    "                 stdin is a terminal, else abort)\n"
-    "  --event NAME[,ARG...]\n"
-    "                 after the main program, raise the event NAME in every live\n"
-    "                 script with the arguments ARG (split at commas; an argument\n"
-    "                 that reads as a number is passed as a number, any other as a\n"
-    "                 string). Repeatable: events are sent in the order given.\n"
-    "                 Also --event=NAME[,ARG...].\n"
-    "  --resident-timeout=SECONDS\n"
-    "                 how long a script that executed \"stayresident\" keeps\n"
-    "                 running its timer and event handlers after the main program\n"
-    "                 and the events (decimals allowed; default: until SIGINT or\n"
-    "                 SIGTERM). It also ends as soon as the script has no timer\n"
-    "                 running, since nothing could raise its events any more.\n"
-    "  --max-steps=N  end the run after N statements (error 102)\n"
-    "  --timeout=SECONDS\n"
-    "                 end the run when it has taken this long (decimals allowed;\n"
-    "                 error 103)\n"
-    "  --max-depth=N  end the run when user-function calls nest deeper than N\n"
-    "                 (error 104)\n"
-    "  --max-cells=N  end the run when variables plus array elements exceed N\n"
-    "                 (error 105)\n"
-    "                 For the four budgets, 0 means unlimited (the default).\n"
-    "  --deny=LIST    deny the script what LIST names (comma-separated, repeatable):\n"
-    "                 files, process, native, serial, automation, dialogs, sound.\n"
-    "                 A denied statement reports error 40, a denied function\n"
-    "                 error 21, and neither does anything else.\n"
-    "  --sandbox      deny everything that reaches outside the process (all of\n"
-    "                 the above)\n"
-    "  --trace        before each statement, write SCRIPT:LINE: trace to stderr\n"
-    "  --com N=PATH   serial port N of the script is the device PATH (default:\n"
-    "                 /dev/ttyS(N-1)); a PATH without \"/\" is under /dev/.\n"
-    "                 Repeatable. Also --com=N=PATH. A port whose device cannot\n"
-    "                 be opened or set up is reported on stderr as\n"
-    "                 orvobasic: COMN: PATH: REASON\n"
-    "  --help         show this help and exit\n"
-    "  --version      show the version and exit\n"
-    "\n"
-    "A script that did not execute \"stayresident\" still receives the --event\n"
-    "events, then ends. The script is freed last of all.\n"
-    "\n"
-    "An error inside a user function is followed, under its source line, by the\n"
-    "calls that led there, innermost first:\n"
-    "    in FUNCTION, called at SCRIPT:LINE\n"
-    "\n"
-    "SIGINT or SIGTERM stops the script at its next statement (error 101) and\n"
-    "ends a resident script; a second one ends the process at once (status 130).\n"
-    "\n"
-    "exit status: 0 no error reported, 1 at least one error reported (a budget\n"
-    "or a stop included), 2 the script could not be loaded, 64 bad command line,\n"
-    "130 a second signal.\n";
 
 struct Options {
     ob::runner::OnError onError = ob::runner::OnError::Abort;
-    std::string script;
+    std::string script;                // a file, or "-" for standard input
+    std::string statements;            // the -e lines, each ended by a line feed
+    bool haveStatements = false;
+    std::vector<std::string> scriptArgs;
     std::vector<std::string> events;   // NAME[,ARG...] as given
     int residentTimeoutMs = -1;        // -1: until a signal
     // host control: 0 means unlimited
@@ -107,9 +52,13 @@ struct Options {
     uint64_t timeoutMs = 0;
     uint64_t maxDepth = 0;
     uint64_t maxCells = 0;
+    uint64_t maxMemory = 0;
     uint32_t allowed = OB_CAP_ALL;
     bool trace = false;
+    std::string uiActions;             // action file, empty for none
     std::vector<std::pair<int32_t, std::string>> comPorts;   // --com N=PATH
+    std::string keyFile;               // empty: the built-in key
+    int32_t codePage = OB_CODEPAGE_1252;
 };
 
 // The capability each --deny name stands for.
@@ -137,10 +86,15 @@ const BudgetOption kBudgetOptions[] = {
     {"--timeout=", &Options::timeoutMs, true},
     {"--max-depth=", &Options::maxDepth, false},
     {"--max-cells=", &Options::maxCells, false},
+    {"--max-memory=", &Options::maxMemory, false},
 };
 
+// A bad command line: what is wrong, the usage line and where to read more.
 int UsageError(const std::string& what) {
-    std::fprintf(stderr, "orvobasic: %s\n%s", what.c_str(), kUsage);
+    std::fprintf(stderr,
+                 "orvobasic: %s\nusage: orvobasic [options] SCRIPT [ARG...]\n"
+                 "Try 'orvobasic --help' for more information.\n",
+                 what.c_str());
     return kExitUsage;
 }
 
@@ -208,6 +162,14 @@ int ParseDenyList(const std::string& list, Options& options) {
     return -1;
 }
 
+// "--codepage=1252|utf-8" (also "cp1252", "windows-1252", "utf8").
+int ParseCodePage(const std::string& name, Options& options) {
+    if (name == "1252" || name == "cp1252" || name == "windows-1252") options.codePage = OB_CODEPAGE_1252;
+    else if (name == "utf-8" || name == "utf8") options.codePage = OB_CODEPAGE_UTF8;
+    else return UsageError("--codepage takes 1252 or utf-8");
+    return -1;
+}
+
 // The host-control options; returns -1 to go on, an exit status, or -2 when
 // `arg` is none of them.
 int ParseControlOption(const char* arg, Options& options) {
@@ -222,6 +184,7 @@ int ParseControlOption(const char* arg, Options& options) {
         options.trace = true;
         return -1;
     }
+    if (std::strncmp(arg, "--codepage=", 11) == 0) return ParseCodePage(arg + 11, options);
     return -2;
 }
 
@@ -264,8 +227,22 @@ int ParseOption(int argc, char** argv, int& i, Options& options) {
         options.events.push_back(eventText);
         return -1;
     }
+    if (std::strcmp(arg, "--ui-actions") == 0 || std::strncmp(arg, "--ui-actions=", 13) == 0) {
+        options.uiActions = arg[12] == '=' ? arg + 13 : (i + 1 < argc ? argv[++i] : "");
+        if (options.uiActions.empty()) return UsageError("--ui-actions needs a file");
+        return -1;
+    }
+    if (std::strncmp(arg, "--ui=", 5) == 0) {
+        if (std::strcmp(arg + 5, "headless") != 0) return UsageError("--ui takes headless");
+        return -1;
+    }
     if (std::strcmp(arg, "--com") == 0 || std::strncmp(arg, "--com=", 6) == 0)
         return ParseComOption(arg[5] == '=' ? arg + 6 : (i + 1 < argc ? argv[++i] : ""), options);
+    if (std::strcmp(arg, "--key-file") == 0 || std::strncmp(arg, "--key-file=", 11) == 0) {
+        options.keyFile = arg[10] == '=' ? arg + 11 : (i + 1 < argc ? argv[++i] : "");
+        if (options.keyFile.empty()) return UsageError("--key-file needs a path");
+        return -1;
+    }
     if (std::strncmp(arg, "--resident-timeout=", 19) == 0) {
         if (!ParseSeconds(arg + 19, options.residentTimeoutMs))
             return UsageError("--resident-timeout takes a number of seconds");
@@ -274,24 +251,32 @@ int ParseOption(int argc, char** argv, int& i, Options& options) {
     return UsageError(std::string("unknown option ") + arg);
 }
 
-// Parses the command line; returns -1 to go on, or an exit status.
-int ParseOptions(int argc, char** argv, Options& options) {
+// Parses the command line; returns -1 to go on, or an exit status. Options
+// come first; the script (a file, "-", or none after -e) ends them, and what
+// follows it belongs to the script.
+int ParseOptions(int argc, char** argv, Options& options, bool& interactive) {
     options.onError = isatty(STDIN_FILENO) ? ob::runner::OnError::Ask : ob::runner::OnError::Abort;
-    for (int i = 1; i < argc; ++i) {
+    int i = 1;
+    for (; i < argc; ++i) {
         const char* arg = argv[i];
-        if (std::strcmp(arg, "--") == 0 && i + 1 < argc && options.script.empty()) {
-            options.script = argv[++i];
+        if (std::strcmp(arg, "--") == 0) {
+            ++i;
+            break;
+        }
+        if (std::strcmp(arg, "-e") == 0) {
+            if (i + 1 >= argc) return UsageError("-e needs the statements to run");
+            options.statements += std::string(argv[++i]) + "\n";
+            options.haveStatements = true;
             continue;
         }
-        if (arg[0] == '-' && arg[1] != '\0') {
-            int status = ParseOption(argc, argv, i, options);
-            if (status >= 0) return status;
-            continue;
-        }
-        if (!options.script.empty()) return UsageError("only one script may be given");
-        options.script = arg;
+        if (arg[0] != '-' || arg[1] == '\0') break;   // the script, or "-"
+        int status = ParseOption(argc, argv, i, options);
+        if (status >= 0) return status;
     }
-    if (options.script.empty()) return UsageError("no script given");
+    if (!options.haveStatements && i < argc) options.script = argv[i++];
+    for (; i < argc; ++i) options.scriptArgs.emplace_back(argv[i]);
+    interactive = !options.haveStatements && options.script.empty();
+    if (interactive && !isatty(STDIN_FILENO)) return UsageError("no script given");
     return -1;
 }
 
@@ -412,18 +397,64 @@ extern "C" int32_t TraceLine(OB_HANDLE, const char* path, int32_t line, int32_t,
     return OB_CONTINUE;
 }
 
+// The whole of standard input, for "-".
+std::string ReadStandardInput() {
+    std::string bytes;
+    char chunk[65536];
+    size_t n;
+    while ((n = std::fread(chunk, 1, sizeof chunk, stdin)) > 0) bytes.append(chunk, n);
+    return bytes;
+}
+
+// Loads and runs what the command line names: a file, standard input or -e.
+bool LoadAndRun(OB_HANDLE script, const Options& options) {
+    if (options.haveStatements)
+        return OB_RunScriptText(script, "-e", options.statements.data(),
+                                static_cast<int32_t>(options.statements.size())) != 0;
+    if (options.script == "-") {
+        std::string bytes = ReadStandardInput();
+        return OB_RunScriptText(script, "-", bytes.data(), static_cast<int32_t>(bytes.size())) != 0;
+    }
+    return OB_RunScriptUtf8(script, options.script.c_str()) != 0;
+}
+
 // A serial port that failed: which one, its device and why.
 extern "C" void ReportComPort(OB_HANDLE, int32_t port, const char* status, void*) {
     std::fflush(stdout);
     std::fprintf(stderr, "orvobasic: COM%d: %s\n", static_cast<int>(port), status);
 }
 
+// Makes the key in `path` the key of encrypted scripts; returns -1 to go
+// on, or the usage status when the file cannot be read or holds no key.
+int ApplyKeyFile(const std::string& path) {
+    std::FILE* f = std::fopen(path.c_str(), "rb");
+    if (!f) return UsageError("--key-file: cannot read " + path);
+    std::string key;
+    char chunk[256];
+    size_t n;
+    while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0 && key.size() <= 4096) key.append(chunk, n);
+    std::fclose(f);
+    if (!key.empty() && key.back() == '\n') {
+        key.pop_back();
+        if (!key.empty() && key.back() == '\r') key.pop_back();
+    }
+    if (key.empty() || key.size() > 56 ||
+        !OB_SetScriptKey(reinterpret_cast<const uint8_t*>(key.data()), static_cast<int32_t>(key.size())))
+        return UsageError("--key-file: the key must be 1 to 56 bytes");
+    return -1;
+}
+
 // Hands the command line's budgets, capabilities and trace to the interpreter.
 void ApplyControls(OB_HANDLE script, const Options& options) {
     int32_t depth = static_cast<int32_t>(std::min<uint64_t>(options.maxDepth, INT32_MAX));
     OB_SetBudgets(script, options.maxSteps, options.timeoutMs, depth, options.maxCells);
+    OB_SetMaxMemory(script, options.maxMemory);
     OB_SetCapabilities(script, options.allowed);
+    OB_SetCodePage(script, options.codePage);
     if (options.trace) OB_SetLineHook(script, TraceLine, nullptr);
+    std::vector<const char*> args;
+    for (const std::string& arg : options.scriptArgs) args.push_back(arg.c_str());
+    OB_SetScriptArgumentsUtf8(script, static_cast<int32_t>(args.size()), args.data());
     for (const auto& [port, path] : options.comPorts) OB_SetComPortPath(port, path.c_str());
     OB_SetComPortStatusHandler(script, ReportComPort, nullptr);
 }
@@ -431,9 +462,9 @@ void ApplyControls(OB_HANDLE script, const Options& options) {
 // Runs the script, its command-line events and its resident life; false when
 // it could not be loaded.
 bool RunScript(OB_HANDLE script, const Options& options) {
-    SignalGuard signals;
     g_running.store(script);
-    bool loaded = OB_RunScriptUtf8(script, options.script.c_str()) != 0;
+    if (g_signals.load() > 0) OB_RequestStop(script);   // signalled before the script existed
+    bool loaded = LoadAndRun(script, options);
     if (loaded) {
         for (const std::string& event : options.events)
             if (!RunEnded(script)) SendCommandLineEvent(event);
@@ -446,20 +477,33 @@ bool RunScript(OB_HANDLE script, const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // First of all, so that no signal finds the default action in place.
+    SignalGuard signals;
     Options options;
-    int status = ParseOptions(argc, argv, options);
+    bool interactive = false;
+    int status = ParseOptions(argc, argv, options, interactive);
     if (status >= 0) return status;
+    if (interactive) options.onError = ob::runner::OnError::Continue;
+    if (!options.keyFile.empty() && (status = ApplyKeyFile(options.keyFile)) >= 0) return status;
 
     ob::runner::ConsoleDesktop desktop(options.onError);
     ob::ui::SetDesktop(&desktop);
+    if (!options.uiActions.empty()) {
+        char reason[1024];
+        if (!OB_LoadUiActionsFile(options.uiActions.c_str(), reason, sizeof reason)) {
+            ob::ui::SetDesktop(nullptr);
+            return UsageError(reason);
+        }
+    }
     OB_HANDLE script = OB_CreateScript();
     bool loaded = false;
     if (script) {
         ApplyControls(script, options);
-        loaded = RunScript(script, options);
+        loaded = interactive ? (ob::runner::RunInteractive(script), true) : RunScript(script, options);
         OB_FreeScript(script);
     }
     ob::ui::SetDesktop(nullptr);
     if (!loaded) return kExitNotLoaded;
-    return desktop.ErrorCount() > 0 ? kExitScriptErrors : kExitOk;
+    if (interactive) return kExitOk;   // errors were shown and the session went on
+    return desktop.ErrorCount() > 0 || desktop.UiActionsFailed() ? kExitScriptErrors : kExitOk;
 }

@@ -1,8 +1,11 @@
 #include "ui/headless/HeadlessDesktop.h"
 
+#include <atomic>
+
 namespace ob::ui {
 
 int HeadlessDesktop::MessageBox(const CString& text, unsigned style) {
+    std::lock_guard lock(m_lock);
     m_boxes.push_back({text, style});
     if (m_boxes.size() > 1000) m_boxes.erase(m_boxes.begin());   // bounded memory for long runs
     if (m_answers.empty()) return IDOK;
@@ -13,10 +16,10 @@ int HeadlessDesktop::MessageBox(const CString& text, unsigned style) {
 
 namespace {
 HeadlessDesktop g_headless;
-Desktop* g_current = &g_headless;
+std::atomic<Desktop*> g_current{&g_headless};
 }  // namespace
 
-Desktop& GetDesktop() { return *g_current; }
-void SetDesktop(Desktop* desktop) { g_current = desktop ? desktop : &g_headless; }
+Desktop& GetDesktop() { return *g_current.load(std::memory_order_acquire); }
+void SetDesktop(Desktop* desktop) { g_current.store(desktop ? desktop : &g_headless, std::memory_order_release); }
 
 }  // namespace ob::ui

@@ -28,14 +28,17 @@ MessageLoop::~MessageLoop() {
 unsigned MessageLoop::SetTimer(unsigned intervalMs, TimerProc proc, void* context) {
     if (!proc) return 0;
     unsigned interval = std::max(intervalMs, kMinInterval);
+    uint64_t due = platform::MonotonicMs() + interval;
+    std::lock_guard lock(m_lock);
     unsigned id = m_nextId++;
     if (m_nextId == 0) m_nextId = 1;   // ids wrap but never become 0
-    m_timers.push_back({id, interval, platform::MonotonicMs() + interval, proc, context, false});
+    m_timers.push_back({id, interval, due, proc, context, false, std::this_thread::get_id()});
     return id;
 }
 
 // Removes a timer; safe inside its own tick (the loop looks it up again afterwards).
 bool MessageLoop::KillTimer(unsigned timerId) {
+    std::lock_guard lock(m_lock);
     auto it = std::find_if(m_timers.begin(), m_timers.end(), [&](const Timer& t) { return t.id == timerId; });
     if (it == m_timers.end()) return false;
     m_timers.erase(it);
@@ -48,18 +51,27 @@ MessageLoop::Timer* MessageLoop::Find(unsigned timerId) {
     return nullptr;
 }
 
-// Delivers the earliest due timer, if any. Ticks missed while nobody ran the
-// loop are coalesced into one; after a slow handler the cadence restarts.
+// Delivers this thread's earliest due timer, if any. Ticks missed while
+// nobody ran the loop are coalesced into one; after a slow handler the
+// cadence restarts.
 bool MessageLoop::DispatchDue(uint64_t now) {
-    Timer* next = nullptr;
-    for (Timer& t : m_timers)
-        if (!t.busy && t.due <= now && (!next || t.due < next->due)) next = &t;
-    if (!next) return false;
-    next->busy = true;
-    unsigned id = next->id;
-    TimerProc proc = next->proc;
-    void* context = next->context;
+    std::thread::id self = std::this_thread::get_id();
+    unsigned id = 0;
+    TimerProc proc = nullptr;
+    void* context = nullptr;
+    {
+        std::lock_guard lock(m_lock);
+        Timer* next = nullptr;
+        for (Timer& t : m_timers)
+            if (t.thread == self && !t.busy && t.due <= now && (!next || t.due < next->due)) next = &t;
+        if (!next) return false;
+        next->busy = true;
+        id = next->id;
+        proc = next->proc;
+        context = next->context;
+    }
     proc(context, id);   // may add or kill timers, or run a nested loop
+    std::lock_guard lock(m_lock);
     if (Timer* t = Find(id)) {
         uint64_t after = platform::MonotonicMs();
         t->busy = false;
@@ -69,10 +81,14 @@ bool MessageLoop::DispatchDue(uint64_t now) {
     return true;
 }
 
-uint64_t MessageLoop::NextDue() const {
+// When this thread's next timer falls due. Timers other threads start later
+// do not concern this loop, so it need not be woken for them.
+uint64_t MessageLoop::NextDue() {
+    std::thread::id self = std::this_thread::get_id();
+    std::lock_guard lock(m_lock);
     uint64_t due = kNever;
     for (const Timer& t : m_timers)
-        if (!t.busy) due = std::min(due, t.due);
+        if (t.thread == self && !t.busy) due = std::min(due, t.due);
     return due;
 }
 

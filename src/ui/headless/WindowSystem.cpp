@@ -1,0 +1,284 @@
+// The headless window system: creating windows from templates, the modal
+// loops, and the window functions the dialog logic calls.
+#include "ui/headless/WindowSystem.h"
+
+#include <orvobasic/desktop.h>
+
+#include <ctime>
+
+namespace ob::ui {
+
+namespace {
+
+constexpr int kApplyId = 0x3021;
+
+// The local time now, as a date-time picker starts.
+SystemTime Now() {
+    std::time_t t = std::time(nullptr);
+    std::tm parts{};
+    localtime_r(&t, &parts);
+    return SystemTime{parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min,
+                      parts.tm_sec};
+}
+
+bool IsScrollBar(const CString& className) {
+    CString lower = className;
+    return lower.MakeLower() == u"scrollbar";
+}
+
+}  // namespace
+
+Window* WindowSystem::Find(WindowHandle handle) {
+    auto it = m_windows.find(handle);
+    return it == m_windows.end() ? nullptr : it->second.get();
+}
+
+Window* WindowSystem::NewWindow(WindowType type, Window* parent) {
+    auto window = std::make_unique<Window>();
+    window->type = type;
+    window->handle = m_nextHandle++;
+    window->parent = parent;
+    Window* raw = window.get();
+    m_windows.emplace(raw->handle, std::move(window));
+    if (parent && type == WindowType::Control) parent->children.push_back(raw);
+    return raw;
+}
+
+void WindowSystem::AddControl(Window& owner, const DialogItem& item) {
+    Window* c = NewWindow(WindowType::Control, &owner);
+    c->className = item.className;
+    c->text = item.text;
+    c->style = item.style;
+    c->id = item.id;
+    c->visible = (item.style & WS_VISIBLE) != 0;
+    c->enabled = (item.style & WS_DISABLED) == 0;
+    c->control.type = ControlTypeOf(item.className, item.style);
+    if (c->control.type == ControlType::DateTime) c->control.time = Now();
+}
+
+// Makes a dialog or page with its controls. Null when the template is
+// refused: unreadable bytes, or a control of a class no desktop knows.
+Window* WindowSystem::CreateFromTemplate(const uint8_t* templ, size_t length, WindowType type, Window* parent,
+                                         DialogSink* sink) {
+    DialogDescription d;
+    if (!ReadDialogTemplate(templ, length, d)) return nullptr;
+    for (const DialogItem& item : d.items)
+        if (ControlTypeOf(item.className, item.style) == ControlType::Other && !IsScrollBar(item.className))
+            return nullptr;
+    Window* w = NewWindow(type, parent);
+    w->text = d.caption;
+    w->style = d.style;
+    w->sink = sink;
+    w->hasFont = d.hasFont;
+    w->font.face = d.faceName;
+    w->font.height = d.pointSize;
+    w->children.reserve(d.items.size());
+    for (const DialogItem& item : d.items) AddControl(*w, item);
+    return w;
+}
+
+// WM_INITDIALOG: when the sink asks for it, the first visible, enabled
+// control with WS_TABSTOP gets the focus.
+void WindowSystem::InitDialog(Window& window) {
+    window.sink->OnCreate(window.handle);
+    if (!window.sink->OnInitDialog()) return;
+    for (Window* c : window.children)
+        if ((c->style & WS_TABSTOP) && c->visible && c->enabled) {
+            window.focus = c;
+            return;
+        }
+}
+
+// Removes a window after telling its sink; its controls exist until then.
+void WindowSystem::Destroy(Window* window) {
+    for (Window* page : window->pages)
+        if (page) Destroy(page);
+    if (window->sink) window->sink->OnDestroy();
+    for (Window* child : window->children) m_windows.erase(child->handle);
+    m_windows.erase(window->handle);
+}
+
+bool WindowSystem::Abandoned(const Window& window) const { return window.sink && window.sink->Abandoned(); }
+
+// Plays actions until the window is ended. With no action left, the window
+// is cancelled as if Escape were pressed, and a note says so.
+void WindowSystem::RunModal(Window& window) {
+    m_modal.push_back(&window);
+    while (!window.ended) {
+        if (m_failed || Abandoned(window)) {
+            window.ended = true;
+            window.result = IDC_CANCEL;
+            break;
+        }
+        m_desktop.RunMessageLoop(0);   // ticks that fell due meanwhile
+        if (window.ended) break;
+        const Action* action = m_actions.Next();
+        if (!action) {
+            CString from = m_actions.Loaded() ? m_actions.Name() + u": no action left" : CString(u"no UI actions");
+            m_desktop.UiNote(from + u": \"" + window.text + u"\" cancelled");
+            Cancel();
+            window.ended = true;   // whatever the cancel handler did
+            if (window.result == 0) window.result = IDC_CANCEL;
+            break;
+        }
+        CString error = m_actions.Run(*action, *this);
+        if (!error.empty()) {
+            m_desktop.UiNote(error);
+            m_failed = true;
+        }
+    }
+    m_modal.pop_back();
+}
+
+int WindowSystem::DoModalDialog(const uint8_t* templ, size_t length, DialogSink& sink) {
+    Window* w = CreateFromTemplate(templ, length, WindowType::Dialog, nullptr, &sink);
+    if (!w) return -1;
+    m_modal.push_back(w);   // controls are reachable from OnInitDialog on
+    InitDialog(*w);
+    m_modal.pop_back();
+    RunModal(*w);
+    int result = w->result;
+    Destroy(w);
+    return result;
+}
+
+void WindowSystem::ShowPage(Window& sheet, int index) {
+    Window*& page = sheet.pages[static_cast<size_t>(index)];
+    if (!page) {
+        const SheetPage& source = sheet.pageSources[static_cast<size_t>(index)];
+        page = CreateFromTemplate(source.templ, source.length, WindowType::Page, &sheet, source.sink);
+        if (!page) return;
+        InitDialog(*page);
+    }
+    for (Window* p : sheet.pages)
+        if (p) p->visible = p == page;
+    sheet.activePage = index;
+}
+
+int WindowSystem::DoModalPropertySheet(const CString& caption, const std::vector<SheetPage>& pages,
+                                       DialogSink& sheetSink) {
+    if (pages.empty()) return -1;   // a sheet needs a page
+    Window* s = NewWindow(WindowType::Sheet, nullptr);
+    s->text = caption;
+    s->sink = &sheetSink;
+    s->pageSources = pages;
+    s->pages.assign(pages.size(), nullptr);
+    struct Button {
+        int id;
+        const char16_t* text;
+        uint32_t style;
+    };
+    for (const Button& b : {Button{IDC_OK, u"OK", 0x10010001}, Button{IDC_CANCEL, u"Cancel", 0x10010000},
+                            Button{kApplyId, u"Apply", 0x18010000}})
+        AddControl(*s, DialogItem{b.style, 0, 0, 0, 0, 0, static_cast<uint16_t>(b.id), u"Button", b.text});
+    sheetSink.OnCreate(s->handle);
+    m_modal.push_back(s);
+    ShowPage(*s, 0);
+    m_modal.pop_back();
+    RunModal(*s);
+    int result = s->result;
+    Destroy(s);
+    return result;
+}
+
+bool WindowSystem::EndDialog(WindowHandle dialog, int result) {
+    Window* w = Find(dialog);
+    if (!w || w->type == WindowType::Control) return false;
+    if (w->type == WindowType::Page) w = w->parent;
+    w->ended = true;
+    w->result = result;
+    return true;
+}
+
+WindowHandle WindowSystem::GetDlgItem(WindowHandle dialog, int id) {
+    Window* w = Find(dialog);
+    if (!w || w->type == WindowType::Control) return 0;
+    for (Window* c : w->children)
+        if (c->id == id) return c->handle;
+    if (w->type != WindowType::Sheet) return 0;
+    std::vector<Window*> order;
+    if (w->activePage >= 0) order.push_back(w->pages[static_cast<size_t>(w->activePage)]);
+    order.insert(order.end(), w->pages.begin(), w->pages.end());
+    for (Window* page : order)
+        if (page)
+            for (Window* c : page->children)
+                if (c->id == id) return c->handle;
+    return 0;
+}
+
+CString WindowSystem::GetClassName(WindowHandle window) {
+    Window* w = Find(window);
+    if (!w) return CString();
+    return w->type == WindowType::Control ? w->className : CString(u"#32770");
+}
+
+intptr_t WindowSystem::SendMessage(WindowHandle window, unsigned message, uintptr_t wParam, intptr_t lParam) {
+    Window* w = Find(window);
+    if (!w || w->type != WindowType::Control) return 0;
+    return ControlMessage(*w, message, wParam, lParam);
+}
+
+CString WindowSystem::GetWindowText(WindowHandle window) {
+    Window* w = Find(window);
+    if (!w) return CString();
+    return w->type == WindowType::Control ? ControlText(*w) : w->text;
+}
+
+// A single-line edit field reports the change (EN_CHANGE) as the real one
+// does; not while it is reporting one already, so a handler that sets its
+// own field does not recurse without end.
+void WindowSystem::SetWindowText(WindowHandle window, const CString& text) {
+    Window* w = Find(window);
+    if (!w || w->control.type == ControlType::ComboBox) return;
+    w->text = text;
+    if (w->type == WindowType::Control && w->control.type == ControlType::Edit && !(w->style & ES_MULTILINE))
+        NotifyCommand(*w, EN_CHANGE);
+}
+
+void WindowSystem::EnableWindow(WindowHandle window, bool enable) {
+    if (Window* w = Find(window)) w->enabled = enable;
+}
+
+void WindowSystem::ShowWindow(WindowHandle window, int command) {
+    if (Window* w = Find(window)) w->visible = command != SW_HIDE;
+}
+
+void WindowSystem::SetFocus(WindowHandle window) {
+    Window* w = Find(window);
+    if (w && w->type == WindowType::Control && w->parent) w->parent->focus = w;
+}
+
+void WindowSystem::SetFont(WindowHandle window, const FontDescription& font) {
+    if (Window* w = Find(window)) {
+        w->font = font;
+        w->hasFont = true;
+    }
+}
+
+// WM_COMMAND to a dialog or page; a sheet handles its own buttons.
+void WindowSystem::SendCommand(Window& dialog, int id, unsigned code, Window* control) {
+    if (dialog.type == WindowType::Sheet) {
+        if (id == IDC_OK || id == IDC_CANCEL) EndDialog(dialog.handle, id);
+        return;
+    }
+    if (dialog.sink)
+        dialog.sink->OnCommand(static_cast<uintptr_t>(id & 0xFFFF) | (static_cast<uintptr_t>(code) << 16),
+                               control ? static_cast<intptr_t>(control->handle) : 0);
+}
+
+void WindowSystem::NotifyCommand(Window& control, unsigned code) {
+    if (control.control.notifying || !control.parent) return;
+    control.control.notifying = true;
+    WindowHandle self = control.handle;
+    SendCommand(*control.parent, control.id, code, &control);
+    if (Window* still = Find(self)) still->control.notifying = false;
+}
+
+void WindowSystem::Notify(Window& control, NotifyHeader& header) {
+    header.from = control.handle;
+    header.idFrom = static_cast<uintptr_t>(control.id);
+    if (control.parent && control.parent->sink)
+        control.parent->sink->OnNotify(static_cast<uintptr_t>(control.id), &header);
+}
+
+}  // namespace ob::ui

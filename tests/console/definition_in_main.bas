@@ -1,0 +1,3 @@
+print "a"
+function f()
+endfunction

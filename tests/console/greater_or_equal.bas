@@ -1,0 +1,4 @@
+x = 2
+if x >= 1 then
+  print "big"
+endif

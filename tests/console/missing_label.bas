@@ -1,0 +1,3 @@
+goto finsh
+end
+finish:

@@ -1,0 +1,1 @@
+# a script file that is not there

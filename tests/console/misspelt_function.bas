@@ -1,0 +1,6 @@
+call pritnline("x")
+end
+
+sub printline(text)
+  print text
+endsub

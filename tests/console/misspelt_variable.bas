@@ -1,0 +1,2 @@
+total = 5
+count = total + totl

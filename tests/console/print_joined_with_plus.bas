@@ -1,0 +1,2 @@
+x = 3
+print "total: " + x

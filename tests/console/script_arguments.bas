@@ -1,0 +1,4 @@
+print ubound("ARGV")
+for i = 0 to ubound("ARGV") - 1
+  print ARGV[i]
+next

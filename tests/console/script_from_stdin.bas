@@ -1,0 +1,1 @@
+# the script comes from standard input

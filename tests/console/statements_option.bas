@@ -1,0 +1,1 @@
+# statements from the command line
