@@ -152,6 +152,24 @@ TEST_F(SerialPortTest, TextTravelsInTheCodePageAndOverlongWritesSendNothing) {
     EXPECT_TRUE(m_statuses.empty());
 }
 
+TEST_F(SerialPortTest, AUtf8InterpreterSendsAndReadsUtf8) {
+    std::string echoed;
+    std::thread peer([&] {
+        echoed = m_pty.Receive(5, 3000);
+        m_pty.Send(echoed);
+    });
+    m_dir.Write("script.bas", "x = comportopen(1, 9600, 0, 0, 3000)\n"
+                              "w = comportwrite(1, \"\xC3\xA9\xE2\x82\xAC\")\n"   // UTF-8 script text
+                              "r = comportread(1)\n");
+    m_basic = std::make_unique<COrvoBasic>();
+    m_basic->SetCodePage(ob::CodePage::Utf8);
+    m_basic->ExecuteProgram(m_dir.WPath("script.bas"));
+    peer.join();
+    EXPECT_EQ(echoed, "\xC3\xA9\xE2\x82\xAC");
+    EXPECT_EQ(Number(u"w"), 1);
+    EXPECT_EQ(Text(u"r"), "\xC3\xA9\xE2\x82\xAC");
+}
+
 TEST_F(SerialPortTest, BurstsArriveWholeAndInOrderAtMost4097BytesPerRead) {
     const std::string sent = Pattern(5000);
     std::thread peer([&] {
