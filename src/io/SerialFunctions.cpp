@@ -18,13 +18,15 @@ using namespace ob;
 
 namespace {
 
-// Serial lines carry text in the script code page. A received zero byte
-// ends the text, as it ends any 8-bit string.
-CString SerialText(const COrvoBasic&, std::string_view bytes) {
-    return platform::AnsiToWide(bytes.substr(0, bytes.find('\0')));
+// Serial lines carry text in the interpreter's code page. A received zero
+// byte ends the text, as it ends any 8-bit string.
+CString SerialText(const COrvoBasic& interp, std::string_view bytes) {
+    return platform::AnsiToWide(bytes.substr(0, bytes.find('\0')), interp.GetCodePage());
 }
 
-std::string SerialBytes(const COrvoBasic&, std::u16string_view text) { return platform::WideToAnsi(text); }
+std::string SerialBytes(const COrvoBasic& interp, std::u16string_view text) {
+    return platform::WideToAnsi(text, interp.GetCodePage());
+}
 
 // What one call works on.
 struct PortCall {

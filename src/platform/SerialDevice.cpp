@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -66,9 +67,23 @@ std::string Refusal(const SerialSettings& s) {
     return {};
 }
 
+// Waits up to `ms` for input on `fd`; false on time-out and on a hang-up or
+// error without data. Interrupted waits resume.
+bool WaitForInput(int fd, int ms) {
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
+    for (;;) {
+        pollfd p {fd, POLLIN, 0};
+        auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        int n = poll(&p, 1, left.count() > 0 ? static_cast<int>(left.count()) : 0);
+        if (n > 0) return (p.revents & POLLIN) != 0;
+        if (n == 0 || errno != EINTR) return false;
+    }
+}
+
 }  // namespace
 
-void ComposeTermios(termios& t, const SerialSettings& s) {
+bool ComposeTermios(::termios& t, const SerialSettings& s) {
+    if (!Refusal(s).empty()) return false;
     t.c_iflag &= ~static_cast<tcflag_t>(BRKINT | PARMRK | ISTRIP | INLCR | IGNCR | ICRNL | IXON | IXOFF |
                                         IXANY | INPCK | IGNPAR);
     t.c_iflag |= IGNBRK;   // a break is a line condition, not a NUL byte in the data
@@ -87,24 +102,8 @@ void ComposeTermios(termios& t, const SerialSettings& s) {
         cfsetispeed(&t, *constant);
         cfsetospeed(&t, *constant);
     }
+    return true;
 }
-
-namespace {
-
-// Waits up to `ms` for input on `fd`; false on time-out and on a hang-up or
-// error without data. Interrupted waits resume.
-bool WaitForInput(int fd, int ms) {
-    auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
-    for (;;) {
-        pollfd p {fd, POLLIN, 0};
-        auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        int n = poll(&p, 1, left.count() > 0 ? static_cast<int>(left.count()) : 0);
-        if (n > 0) return (p.revents & POLLIN) != 0;
-        if (n == 0 || errno != EINTR) return false;
-    }
-}
-
-}  // namespace
 
 SerialDevice::~SerialDevice() { Close(); }
 

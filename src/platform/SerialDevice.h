@@ -3,12 +3,12 @@
 // until the device has taken every byte.
 #pragma once
 
-#include <termios.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+
+struct termios;
 
 namespace ob::platform {
 
@@ -29,8 +29,8 @@ struct SerialSettings {
 };
 
 // Turns `t` (what the device reported) into a raw 8-bit line with
-// `settings`, which must be acceptable (SerialDevice::Apply checks them).
-void ComposeTermios(termios& t, const SerialSettings& settings);
+// `settings`; false, with `t` unchanged, when the line cannot take them.
+bool ComposeTermios(::termios& t, const SerialSettings& settings);
 
 class SerialDevice {
 public:
