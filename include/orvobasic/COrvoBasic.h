@@ -623,6 +623,8 @@ private:
     void AddDiagnostics(ob::ErrorRecord& record) const;
     CString ClosestDefinedName(int id, const CString& name) const;
     CString HintFor(const ob::ErrorRecord& record) const;
+    template <typename Report>
+    void WithErrorSubject(const CString& subject, int osError, Report report);
     void ApplyHostDefaults();
     uint32_t LineEndBefore(uint32_t position) const;
 

@@ -105,7 +105,9 @@ void COrvoBasic::FillErrorRecord(int id, const CString& message) {
     AddDiagnostics(r);
 }
 
-void COrvoBasic::ReportErrorAbout(int id, const CString& subject, int osError) {
+// Runs `report` with the subject and errno that the report's record names.
+template <typename Report>
+void COrvoBasic::WithErrorSubject(const CString& subject, int osError, Report report) {
     m_errorSubject = subject;
     m_errorOsError = osError;
     struct Clear {
@@ -115,7 +117,11 @@ void COrvoBasic::ReportErrorAbout(int id, const CString& subject, int osError) {
             b.m_errorOsError = 0;
         }
     } clear{*this};
-    ReportError(id);
+    report();
+}
+
+void COrvoBasic::ReportErrorAbout(int id, const CString& subject, int osError) {
+    WithErrorSubject(subject, osError, [&] { ReportError(id); });
 }
 
 void COrvoBasic::ReportError(int id) {
@@ -157,16 +163,7 @@ void COrvoBasic::ReportLoadError(int id, const CString& file, int line, const CS
 }
 
 void COrvoBasic::ReportLoadErrorAbout(int id, const CString& file, const CString& subject, int osError) {
-    m_errorSubject = subject;
-    m_errorOsError = osError;
-    struct Clear {
-        COrvoBasic& b;
-        ~Clear() {
-            b.m_errorSubject.clear();
-            b.m_errorOsError = 0;
-        }
-    } clear{*this};
-    ReportLoadError(id, file, 0, CString());
+    WithErrorSubject(subject, osError, [&] { ReportLoadError(id, file, 0, CString()); });
 }
 
 // Hands the filled record to the host's handler or the desktop's error box;
