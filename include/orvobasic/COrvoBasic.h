@@ -545,6 +545,14 @@ public:
     void SetStatementStart(uint32_t position) { m_stmtPos = position; }
     // True once nothing more of the run may execute: halted, or asked to stop.
     bool RunAbandoned() const;
+    // the user-interaction built-ins without a dialog of the script's own,
+    // the plane geometry of "pointoffset" and the "playsound" statement
+    bool ExecAsk(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    bool ExecPopupMenu(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    bool ExecFileDlg(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    bool ExecPointOffset(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    bool ExecSendMessage(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    bool ExecPlaySound();
     // serial ports, keyed by the low 16 bits of the port number
     bool ExecComPortOperation(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
     // Closes whatever port has the number, then stores `port`; true.

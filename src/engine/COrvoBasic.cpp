@@ -252,7 +252,7 @@ const StatementEntry kStatements[] = {
     {CMD_ALTER, [](COrvoBasic& b) { return b.ExecAlterControl(); }, kDialogs},
     {CMD_GLOBAL, [](COrvoBasic& b) { return b.ExecDim(true); }, kInside},
     {CMD_STAYRESIDENT, [](COrvoBasic& b) { b.SetResident(); return true; }, kInside},
-    {CMD_PLAYSOUND, [](COrvoBasic& b) { return b.ExecUnsupported(); }, kSound},
+    {CMD_PLAYSOUND, [](COrvoBasic& b) { return b.ExecPlaySound(); }, kSound},
     {CMD_TIMERSTART, [](COrvoBasic& b) { return b.ExecTimerStart(); }, kInside},
     {CMD_TIMERSTOP, [](COrvoBasic& b) { return b.ExecTimerStop(); }, kInside},
     {CMD_SETFOCUS, [](COrvoBasic& b) { return b.ExecSetFocus(); }, kDialogs},
