@@ -142,7 +142,8 @@ public:
     virtual CString FileDialog(const FileDialogRequest& request);
     // A Yes/No question played from the action script ("answer" lines):
     // IDYES, IDNO, or IDCANCEL when it was closed. With no action left it
-    // is closed and a note says so.
+    // is closed and a note says so; when no action script was ever loaded
+    // it is answered IDOK without a note, as every other box is.
     int AnswerQuestion(const CString& text);
 
     // Action scripts: what a person does in the in-memory dialogs, one

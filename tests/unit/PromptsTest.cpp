@@ -52,7 +52,9 @@ class PromptRun : public ::testing::Test {
 protected:
     void Run(const std::string& script, const std::u16string& actions) {
         CString error;
-        ASSERT_TRUE(m_desktop.LoadUiActions(actions, u"t.actions", error)) << error.ToUtf8();
+        if (!actions.empty()) {
+            ASSERT_TRUE(m_desktop.LoadUiActions(actions, u"t.actions", error)) << error.ToUtf8();
+        }
         COrvoBasic basic;
         ASSERT_TRUE(basic.ExecuteProgram(CString::FromUtf8(m_dir.Write("t.bas", script))));
     }
@@ -73,10 +75,12 @@ TEST_F(PromptRun, MenuNumbersBeyondTheItemsAreRefused) {
     EXPECT_EQ(m_desktop.notes, std::vector<std::string>{"t.actions:1: menu: no item 3 in the menu"});
 }
 
-TEST_F(PromptRun, QueuedAnswersOfTheHeadlessDesktopAnswerAsk) {
+// Without an action file a question is a box like any other: a queued
+// answer, else OK (which is not Yes), and no note.
+TEST_F(PromptRun, WithoutActionsTheHeadlessDesktopAnswersAskAsAnyBox) {
     m_desktop.QueueAnswer(IDYES);
-    Run("print ask(\"Sure?\")\n", u"");
-    EXPECT_EQ(m_desktop.Printed(), std::vector<std::string>{"1"});
+    Run("print ask(\"Sure?\")\nprint ask(\"Again?\")\n", u"");
+    EXPECT_EQ(m_desktop.Printed(), (std::vector<std::string>{"1", "0"}));
     EXPECT_TRUE(m_desktop.notes.empty());
 }
 

@@ -80,7 +80,10 @@ Window* WindowSystem::NewPrompt(PromptKind kind, const CString& text) {
     return w;
 }
 
+// A host that never loaded actions gets its boxes answered with OK, this
+// one too, and nothing written anywhere.
 int WindowSystem::Question(const CString& text) {
+    if (!m_actions.Loaded()) return IDOK;
     Window* w = NewPrompt(PromptKind::Question, text);
     RunModal(*w);
     int result = w->result;
