@@ -252,7 +252,7 @@ intptr_t TreeDeleteItem(QtWindow& w, TreeItem handle) {
 
 intptr_t TreeNextItem(QtWindow& w, unsigned code, TreeItem handle) {
     auto* tree = static_cast<QTreeWidget*>(w.widget.data());
-    if (code == TVGN_CARET) return HandleOf(tree->currentItem());
+    if (code == TVGN_CARET) return HandleOf(QtTreeSelection(tree));
     if (code == TVGN_ROOT) return HandleOf(tree->topLevelItem(0));
     QTreeWidgetItem* item = FindTreeItem(w, handle);
     if (!item) return 0;
@@ -276,6 +276,7 @@ intptr_t TreeMessage(QtWindow& w, unsigned message, uintptr_t wParam, intptr_t l
         if (wParam != TVGN_CARET) return 0;
         QTreeWidgetItem* item = lParam ? FindTreeItem(w, lParam) : nullptr;
         if (lParam && !item) return 0;
+        tree->clearSelection();
         tree->setCurrentItem(item);
         return 1;
     }
@@ -392,7 +393,7 @@ CString TreeValue(const QtWindow& w) {
     TreeOrder(tree->invisibleRootItem(), 0, order);
     std::vector<CString> shown;
     for (const auto& [item, depth] : order) shown.push_back(CString(depth, u'>') + FromQString(item->text(0)));
-    const QTreeWidgetItem* current = tree->currentItem();
+    const QTreeWidgetItem* current = QtTreeSelection(tree);
     return u" items=" + ItemList(shown) + u" selected=" +
            (current ? Quoted(FromQString(current->text(0))) : CString(u"none"));
 }
@@ -516,7 +517,11 @@ QWidget* MakeControlWidget(QtWindow& c, const CString& text, QWidget* owner) {
         tree->setHeaderHidden(true);
         return tree;
     }
-    case QtControlType::Slider: return new QSlider(Qt::Horizontal, owner);
+    case QtControlType::Slider: {
+        auto* slider = new QSlider(Qt::Horizontal, owner);
+        slider->setRange(0, 100);   // what a new trackbar starts with
+        return slider;
+    }
     case QtControlType::TabControl: {
         auto* bar = new QTabBar(owner);
         bar->setDrawBase(true);
@@ -532,8 +537,20 @@ intptr_t QtControlMessage(QtWindow& control, unsigned message, uintptr_t wParam,
     if (!control.widget) return 0;
     QSignalBlocker quiet(control.widget.data());
     for (const TypeHandler& h : kHandlers)
-        if (h.type == control.kind) return h.handler(control, message, wParam, lParam);
+        if (h.type == control.kind) {
+            intptr_t result = h.handler(control, message, wParam, lParam);
+            if (control.kind == QtControlType::TreeView)   // the selection the next notification starts from
+                control.treeSelected = HandleOf(QtTreeSelection(static_cast<QTreeWidget*>(control.widget.data())));
+            return result;
+        }
     return 0;
+}
+
+// A tree's selection is its selected item: the current item alone (which
+// Qt sets when the tree gets the focus) selects nothing.
+QTreeWidgetItem* QtTreeSelection(const QTreeWidget* tree) {
+    QList<QTreeWidgetItem*> selected = tree->selectedItems();
+    return selected.isEmpty() ? nullptr : selected.front();
 }
 
 CString QtControlText(const QtWindow& c) {

@@ -138,16 +138,15 @@ void QtDesktop::Connect(QtWindow& c) {
                          }));
         break;
     case QtControlType::TreeView:
-        QObject::connect(static_cast<QTreeWidget*>(w), &QTreeWidget::currentItemChanged, w,
-                         [this, handle](QTreeWidgetItem* now, QTreeWidgetItem* before) {
-                             QtWindow* control = Find(handle);
-                             if (!control) return;
-                             auto item = [](QTreeWidgetItem* i) {
-                                 return i ? static_cast<TreeItem>(i->data(0, Qt::UserRole).toLongLong()) : 0;
-                             };
-                             TreeViewNotify notify{{0, 0, TVN_SELCHANGEDW}, item(before), item(now)};
-                             Notify(*control, notify.header);
-                         });
+        QObject::connect(static_cast<QTreeWidget*>(w), &QTreeWidget::itemSelectionChanged, w,
+                         with([this](QtWindow& control) {
+                             QTreeWidgetItem* now = QtTreeSelection(static_cast<QTreeWidget*>(control.widget.data()));
+                             TreeItem item = now ? static_cast<TreeItem>(now->data(0, Qt::UserRole).toLongLong()) : 0;
+                             if (item == control.treeSelected) return;
+                             TreeViewNotify notify{{0, 0, TVN_SELCHANGEDW}, control.treeSelected, item};
+                             control.treeSelected = item;
+                             Notify(control, notify.header);
+                         }));
         break;
     default: break;
     }
@@ -358,12 +357,12 @@ CString QtDesktop::SelectItem(QtWindow& c, int index) {
         int n = 0;
         for (QTreeWidgetItemIterator it(tree); *it && !item; ++it, ++n)
             if (n == index) item = *it;
-        if (!item || tree->currentItem() == item) break;
+        if (!item || QtTreeSelection(tree) == item) break;
         tree->scrollToItem(item);
         QRect rect = tree->visualItemRect(item);
         if (!rect.isEmpty() && tree->viewport()->rect().contains(rect.center()))
             ClickWidget(tree->viewport(), rect.center());
-        if (tree->currentItem() != item) tree->setCurrentItem(item);
+        if (QtTreeSelection(tree) != item) tree->setCurrentItem(item);
         break;
     }
     default: return u"control " + Number(c.id) + u" has no items";

@@ -13,6 +13,7 @@
 
 class QEventLoop;
 class QTabWidget;
+class QTreeWidget;
 class QTreeWidgetItem;
 
 namespace ob::ui {
@@ -42,6 +43,7 @@ struct QtWindow {
     // Tree controls: item handles, given out in order and never reused.
     std::map<TreeItem, QTreeWidgetItem*> treeItems;
     TreeItem nextTreeHandle = 1;
+    TreeItem treeSelected = 0;              // the selection last reported or set
 
     // Dialogs, pages and sheets.
     DialogSink* sink = nullptr;
@@ -66,6 +68,8 @@ QWidget* MakeControlWidget(QtWindow& control, const CString& text, QWidget* owne
 // Answers a window message from the control's widget, sending no
 // notification (the widget's signals are blocked meanwhile).
 intptr_t QtControlMessage(QtWindow& control, unsigned message, uintptr_t wParam, intptr_t lParam);
+// A tree's selected item, or null.
+QTreeWidgetItem* QtTreeSelection(const QTreeWidget* tree);
 // The text a control shows as its window text (a combo box: its selection).
 CString QtControlText(const QtWindow& control);
 void QtSetControlText(QtWindow& control, const CString& text);
