@@ -45,6 +45,15 @@ struct ErrorReport {
     const ob::ErrorRecord* record = nullptr;
 };
 
+// What a file dialog is asked to show.
+struct FileDialogRequest {
+    bool save = false;            // the save dialog (else the open dialog)
+    CString fileName;             // the initial file name
+    CString defaultExtension;     // added to a chosen name that has none
+    CString filter;               // "description|pattern|description|pattern..."
+    CString initialFolder;        // empty: the current folder
+};
+
 class OB_API Desktop {
 public:
     Desktop();
@@ -52,7 +61,8 @@ public:
     Desktop(const Desktop&) = delete;
     Desktop& operator=(const Desktop&) = delete;
 
-    // A modal message box; returns one of the ID* results.
+    // A modal message box; returns one of the ID* results. A desktop
+    // without a window system answers MB_YESNO boxes with AnswerQuestion.
     virtual int MessageBox(const CString& text, unsigned style) = 0;
     // The text of a "print" statement (a box of the default style).
     virtual void PrintBox(const CString& text) { MessageBox(text, MB_OK); }
@@ -110,6 +120,30 @@ public:
     virtual void ShowWindow(WindowHandle window, int command);
     virtual void SetFocus(WindowHandle window);
     virtual void SetFont(WindowHandle window, const FontDescription& font);
+
+    // Prompts: a pop-up menu and the file dialogs. The defaults play the
+    // action script ("menu", "file" lines; see the README) on an in-memory
+    // prompt; with no action left the prompt is cancelled (menu: 0, file
+    // dialog: "") and a note says so. A desktop with a window system
+    // overrides both.
+    //
+    // The yes/no question of "ask" has no member of its own: it is
+    // MessageBox(text, MB_YESNO), so a host's message-box handler sees it.
+    // Desktops without a window system answer such boxes with
+    // AnswerQuestion below.
+
+    // A pop-up menu at screen point (x, y) listing `items`; returns the
+    // chosen item's number (1 for the first), 0 when the menu was
+    // dismissed, -1 when no menu can be shown (no window to own it).
+    virtual int TrackPopupMenu(int x, int y, const std::vector<CString>& items);
+    // The file open or save dialog; returns the chosen full path, or ""
+    // when it was cancelled. The open dialog takes only a file that exists,
+    // the save dialog only a name in a folder that exists.
+    virtual CString FileDialog(const FileDialogRequest& request);
+    // A Yes/No question played from the action script ("answer" lines):
+    // IDYES, IDNO, or IDCANCEL when it was closed. With no action left it
+    // is closed and a note says so.
+    int AnswerQuestion(const CString& text);
 
     // Action scripts: what a person does in the in-memory dialogs, one
     // action per line (see the README). Loading replaces the actions left

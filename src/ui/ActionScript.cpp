@@ -2,6 +2,8 @@
 // argument parsers.
 #include "ui/ActionScript.h"
 
+#include <orvobasic/desktop.h>
+
 #include <cerrno>
 #include <climits>
 #include <string>
@@ -34,6 +36,11 @@ const ActionVerb kVerbs[] = {
     {u"ok", "", [](UiDriver& d, const Action&) { return d.Ok(); }},
     {u"cancel", "", [](UiDriver& d, const Action&) { return d.Cancel(); }},
     {u"close", "", [](UiDriver& d, const Action&) { return d.Close(); }},
+    {u"answer", "y", [](UiDriver& d, const Action& a) { return d.Answer(Num(a, 0)); }},
+    {u"menu", "v",
+     [](UiDriver& d, const Action& a) { return a.args[0].isText ? d.MenuText(Arg0Text(a)) : d.MenuIndex(Num(a, 0)); }},
+    {u"file", "c",
+     [](UiDriver& d, const Action& a) { return a.args[0].isText ? d.File(Arg0Text(a)) : d.FileCancel(); }},
 };
 
 bool IsBlank(char16_t c) { return c == u' ' || c == u'\t' || c == u'\r'; }
@@ -76,6 +83,15 @@ bool ParseInteger(const CString& text, long& value) {
     long v = std::strtol(ascii.c_str(), &end, 10);
     if (*end != '\0' || errno != 0 || v < INT_MIN || v > INT_MAX) return false;
     value = v;
+    return true;
+}
+
+// The buttons of a Yes/No question by name.
+bool ParseButton(const CString& word, long& button) {
+    if (word == u"yes") button = IDYES;
+    else if (word == u"no") button = IDNO;
+    else if (word == u"cancel") button = IDCANCEL;
+    else return false;
     return true;
 }
 
@@ -129,6 +145,8 @@ bool ParseArgs(const ActionVerb& verb, const std::vector<ActionArg>& words, Acti
         case 'v': ok = arg.isText || ParseInteger(arg.text, arg.number); ++w; break;
         case 'w': ok = !arg.isText; arg.isText = true; ++w; break;
         case 'd': ok = ParseDate(words, w, arg.time); break;
+        case 'y': ok = !arg.isText && ParseButton(arg.text, arg.number); ++w; break;
+        case 'c': ok = arg.isText || arg.text == u"cancel"; ++w; break;
         default: ok = false; break;
         }
         if (!ok) {

@@ -17,6 +17,12 @@
 //   wait-ms 200                lets time pass (timers fire)
 //   snapshot                   prints the innermost dialog's controls
 //   ok / cancel / close        Enter, Escape, the close box
+//   answer yes|no|cancel       answers a Yes/No question ("ask")
+//   menu 2 / menu "text"       chooses a pop-up menu item (1 is the first;
+//                              menu 0 dismisses the menu, as cancel does)
+//   file "/path" / file cancel chooses a file in a file dialog, or cancels
+//                              it (a relative path is taken from the
+//                              dialog's initial folder)
 #pragma once
 
 #include <orvobasic/CString.h>
@@ -48,6 +54,12 @@ public:
     virtual CString Ok() = 0;
     virtual CString Cancel() = 0;
     virtual CString Close() = 0;
+    // Prompts: the Yes/No question, the pop-up menu and the file dialogs.
+    virtual CString Answer(int button) = 0;              // IDYES, IDNO or IDCANCEL
+    virtual CString MenuIndex(int number) = 0;           // 1-based; 0 dismisses
+    virtual CString MenuText(const CString& item) = 0;
+    virtual CString File(const CString& path) = 0;
+    virtual CString FileCancel() = 0;
 };
 
 // One argument of an action.
@@ -70,7 +82,8 @@ struct Action {
 // A verb: its name, the arguments it takes, and what it asks of the driver.
 // Argument kinds, one letter each: 'n' an integer, 's' a quoted string,
 // 'v' a quoted string or an integer, 'd' a date with an optional time,
-// 'w' a bare word.
+// 'w' a bare word, 'y' one of the bare words yes, no and cancel (read as
+// IDYES, IDNO, IDCANCEL), 'c' a quoted string or the bare word cancel.
 struct ActionVerb {
     const char16_t* name;
     const char* args;

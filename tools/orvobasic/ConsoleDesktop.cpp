@@ -17,8 +17,7 @@ int ConsoleDesktop::MessageBox(const CString& text, unsigned style) {
     std::fwrite(out.data(), 1, out.size(), stdout);
     if (out.empty() || out.back() != '\n') std::fputc('\n', stdout);
     std::fflush(stdout);
-    (void)style;
-    return IDOK;
+    return (style & 0xF) == ob::ui::MB_YESNO ? AnswerQuestion(text) : IDOK;
 }
 
 void ConsoleDesktop::PrintBox(const CString& text) {

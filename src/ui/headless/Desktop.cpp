@@ -57,6 +57,14 @@ void Desktop::SetFocus(WindowHandle window) { m_windows->SetFocus(window); }
 
 void Desktop::SetFont(WindowHandle window, const FontDescription& font) { m_windows->SetFont(window, font); }
 
+int Desktop::TrackPopupMenu(int x, int y, const std::vector<CString>& items) {
+    return m_windows->PopupMenu(x, y, items);
+}
+
+CString Desktop::FileDialog(const FileDialogRequest& request) { return m_windows->FileDialog(request); }
+
+int Desktop::AnswerQuestion(const CString& text) { return m_windows->Question(text); }
+
 bool Desktop::LoadUiActions(const CString& text, const CString& name, CString& error) {
     return m_windows->LoadActions(text, name, error);
 }

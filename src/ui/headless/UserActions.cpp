@@ -125,6 +125,7 @@ CString ControlLine(const Window& c, const Window* focus) {
 
 CString WindowSystem::Describe(const Window& window) const {
     CString out;
+    if (window.type == WindowType::Prompt) return DescribePrompt(window);
     if (window.type == WindowType::Sheet) {
         out = u"propertysheet " + Quoted(window.text) + u"\n";
         for (const Window* c : window.children) out += ControlLine(*c, nullptr);
@@ -366,12 +367,22 @@ void WindowSystem::EndByUser(Window& window, int id) {
 }
 
 CString WindowSystem::Ok() {
-    if (Window* top = Innermost()) EndByUser(*top, IDC_OK);
+    Window* top = Innermost();
+    if (top && top->type == WindowType::Prompt) return PromptOk(*top);
+    if (top) EndByUser(*top, IDC_OK);
     return CString();
 }
 
+// Escape: a prompt ends unanswered (question: IDCANCEL, menu: 0, file
+// dialog: no path).
 CString WindowSystem::Cancel() {
-    if (Window* top = Innermost()) EndByUser(*top, IDC_CANCEL);
+    Window* top = Innermost();
+    if (top && top->type == WindowType::Prompt) {
+        top->result = IDCANCEL;
+        top->ended = true;
+    } else if (top) {
+        EndByUser(*top, IDC_CANCEL);
+    }
     return CString();
 }
 

@@ -2,6 +2,7 @@
 // pages and controls, each control with the state its real counterpart keeps.
 #pragma once
 
+#include <orvobasic/desktop.h>
 #include <orvobasic/dialogs.h>
 
 #include <memory>
@@ -37,7 +38,10 @@ struct ControlState {
     bool notifying = false;               // an EN_CHANGE of this control is being delivered
 };
 
-enum class WindowType { Dialog, Sheet, Page, Control };
+enum class WindowType { Dialog, Sheet, Page, Control, Prompt };
+
+// The prompts a script shows without a dialog of its own.
+enum class PromptKind { None, Question, Menu, File };
 
 struct Window {
     WindowType type = WindowType::Control;
@@ -65,6 +69,13 @@ struct Window {
     std::vector<SheetPage> pageSources;
     std::vector<Window*> pages;
     int activePage = -1;
+
+    // Prompts: the kind; a menu's point (its items are control.items); a
+    // file dialog's request and the path chosen.
+    PromptKind prompt = PromptKind::None;
+    int x = 0, y = 0;
+    FileDialogRequest file;
+    CString chosen;
 };
 
 // The control type of a created control.

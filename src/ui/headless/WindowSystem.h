@@ -30,6 +30,13 @@ public:
     void SetFocus(WindowHandle window);
     void SetFont(WindowHandle window, const FontDescription& font);
 
+    // Prompts, played from the action script like dialogs: the question
+    // returns IDYES, IDNO or IDCANCEL, the menu the chosen item's number
+    // (0: dismissed), the file dialog the full path ("" : cancelled).
+    int Question(const CString& text);
+    int PopupMenu(int x, int y, const std::vector<CString>& items);
+    CString FileDialog(const FileDialogRequest& request);
+
     // New actions start afresh: an earlier failure no longer ends every loop.
     bool LoadActions(const CString& text, const CString& name, CString& error) {
         if (!m_actions.Load(text, name, error)) return false;
@@ -54,6 +61,11 @@ public:
     CString Ok() override;
     CString Cancel() override;
     CString Close() override;
+    CString Answer(int button) override;
+    CString MenuIndex(int number) override;
+    CString MenuText(const CString& item) override;
+    CString File(const CString& path) override;
+    CString FileCancel() override;
 
     // The text of a snapshot of `window` (exposed for tests).
     CString Describe(const Window& window) const;
@@ -78,6 +90,11 @@ private:
     void ClickButton(Window& control);
     CString SelectItem(Window& control, int index);
     void EndByUser(Window& window, int id);
+    Window* NewPrompt(PromptKind kind, const CString& text);
+    int RunPrompt(Window* prompt);
+    Window* PromptTarget(PromptKind kind, CString& why);
+    CString PromptOk(Window& prompt);
+    CString DescribePrompt(const Window& prompt) const;
 
     Desktop& m_desktop;
     std::unordered_map<WindowHandle, std::unique_ptr<Window>> m_windows;
