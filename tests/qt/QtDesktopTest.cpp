@@ -7,6 +7,7 @@
 // most kPixelTolerance of its pixels differ and the sizes agree. Run with
 // OB_QT_UPDATE_REFERENCE=1 to write the reference images instead.
 #include "ui/DialogTemplate.h"
+#include "ui/headless/HeadlessDesktop.h"
 #include "ui/qt/QtDesktop.h"
 
 #include <gtest/gtest.h>
@@ -18,6 +19,8 @@
 #include <QWidget>
 
 #include <atomic>
+#include <filesystem>
+#include <fstream>
 #include <cstdlib>
 #include <functional>
 #include <thread>
@@ -336,4 +339,60 @@ TEST(QtDesktopThreads, OtherThreadsUseTheInMemoryWindows) {
     ASSERT_TRUE(g_desktop->LoadUiActions(u"", u"none", error));
 }
 
+// What a desktop shows through its console: snapshots and notes.
+struct Capture : HeadlessDesktop {
+    CString out;
+    void UiOutput(const CString& text) override { out += text; }
+    void UiNote(const CString& line) override { out += u"note: " + line + u"\n"; }
+};
+
+CString Num(long n) { return CString::FromUtf8(std::to_string(n)); }
+
+// The same prompts with the same actions: every answer and every line
+// shown must agree between the Qt desktop and the headless one.
+CString PlayPrompts(Desktop& desktop, const std::string& folder) {
+    CString log;
+    log += Num(desktop.MessageBox(u"Save changes?", MB_YESNO)) + u"\n";
+    log += Num(desktop.MessageBox(u"Again?", MB_YESNO)) + u"\n";
+    log += Num(desktop.TrackPopupMenu(10, 20, {u"Cut", u"Copy", u"Paste"})) + u"\n";
+    log += Num(desktop.TrackPopupMenu(10, 20, {u"Cut"})) + u"\n";
+    FileDialogRequest open;
+    open.filter = u"Text|*.txt|All|*.*";
+    open.initialFolder = CString::FromUtf8(folder);
+    log += desktop.FileDialog(open) + u"\n";
+    FileDialogRequest save;
+    save.save = true;
+    save.fileName = u"draft";
+    save.defaultExtension = u"txt";
+    save.initialFolder = CString::FromUtf8(folder);
+    log += desktop.FileDialog(save) + u"\n";
+    log += desktop.FileDialog(open) + u"|\n";
+    log += Num(desktop.MessageBox(u"Left over?", MB_YESNO)) + u"\n";
+    return log;
+}
+
+TEST(QtDesktopPrompts, AnswerLikeTheHeadlessDesktop) {
+    std::string folder = (std::filesystem::temp_directory_path() / "ob-qt-prompts").string();
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder + "/notes.txt") << "x";
+    CString actions = CString::FromUtf8(
+        "expect-dialog \"Save changes?\"\nsnapshot\nanswer no\nanswer yes\n"
+        "snapshot\nmenu \"paste\"\nmenu 0\n"
+        "file \"notes.txt\"\nsnapshot\nok\n"
+        "file \"missing.txt\"\n");
+    Capture headless;
+    CString error;
+    ASSERT_TRUE(headless.LoadUiActions(actions, u"prompts.actions", error));
+    CString expected = PlayPrompts(headless, folder) + headless.out;
+
+    Capture console;
+    QtDesktop qt(&console);
+    ASSERT_TRUE(qt.LoadUiActions(actions, u"prompts.actions", error));
+    CString got = PlayPrompts(qt, folder) + console.out;
+    EXPECT_EQ(got.ToUtf8(), expected.ToUtf8());
+    EXPECT_TRUE(qt.UiActionsFailed());   // "missing.txt" does not exist
+    std::filesystem::remove_all(folder);
+}
+
 }  // namespace
+

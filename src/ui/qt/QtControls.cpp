@@ -33,6 +33,11 @@ CString FromQString(const QString& text) {
     return CString(std::u16string(reinterpret_cast<const char16_t*>(text.utf16()), static_cast<size_t>(text.size())));
 }
 
+CString QtTitle(const QtWindow& window) {
+    if (window.type == QtWindowType::Prompt) return window.text;
+    return window.widget ? FromQString(window.widget->windowTitle()) : CString();
+}
+
 namespace {
 
 bool SameClass(const CString& a, const char16_t* b) {

@@ -72,7 +72,9 @@ bool QtDesktop::OnGuiThread() const {
 // ---- message boxes ----
 
 int QtDesktop::MessageBox(const CString& text, unsigned style) {
-    if (!OnGuiThread()) return m_console ? m_console->MessageBox(text, style) : IDOK;
+    bool question = (style & 0xF) == MB_YESNO;
+    if (!OnGuiThread()) return question ? AnswerQuestion(text) : m_console ? m_console->MessageBox(text, style) : IDOK;
+    if (question) return Question(text);   // the yes/no question of "ask"
     QMessageBox box((style & MB_ICONSTOP) ? QMessageBox::Critical : QMessageBox::NoIcon, QStringLiteral("OrvoBasic"),
                     ToQString(text));
     struct Choice {

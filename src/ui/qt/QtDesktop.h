@@ -63,6 +63,9 @@ public:
     void SetFocus(WindowHandle window) override;
     void SetFont(WindowHandle window, const FontDescription& font) override;
 
+    int TrackPopupMenu(int x, int y, const std::vector<CString>& items) override;
+    CString FileDialog(const FileDialogRequest& request) override;
+
     bool LoadUiActions(const CString& text, const CString& name, CString& error) override;
     bool UiActionsFailed() const override;
     void UiNote(const CString& line) override;
@@ -97,8 +100,20 @@ private:
     CString Ok() override;
     CString Cancel() override;
     CString Close() override;
+    CString Answer(int button) override;
+    CString MenuIndex(int number) override;
+    CString MenuText(const CString& item) override;
+    CString File(const CString& path) override;
+    CString FileCancel() override;
 
     bool OnGuiThread() const;
+    int Question(const CString& text);
+    QtWindow* NewPrompt(QtPromptKind kind, const CString& text, QWidget* widget);
+    void RunPrompt(QtWindow& prompt);
+    void EndPrompt(QtWindow& prompt);
+    QtWindow* PromptTarget(QtPromptKind kind, CString& why);
+    CString PromptOk(QtWindow& prompt);
+    CString DescribePrompt(const QtWindow& prompt) const;
     bool Mine(WindowHandle handle) const { return handle >= kFirstHandle; }
     QtWindow* Find(WindowHandle handle);
     QtWindow* NewWindow(QtWindowType type, QtWindow* parent);

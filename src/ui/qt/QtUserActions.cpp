@@ -89,7 +89,7 @@ CString ControlLine(const QtWindow& c, const QtWindow* focus) {
            (&c == focus ? u" focus" : u"") + u"\n";
 }
 
-CString TitleOf(const QtWindow& w) { return FromQString(w.widget->windowTitle()); }
+CString TitleOf(const QtWindow& w) { return QtTitle(w); }
 
 void SendKey(QWidget* widget, int key, const QString& text = QString()) {
     QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, text);
@@ -448,6 +448,7 @@ CString QtDesktop::Wait(int milliseconds) {
 }
 
 CString QtDesktop::Describe(const QtWindow& window) const {
+    if (window.type == QtWindowType::Prompt) return DescribePrompt(window);
     CString out;
     if (window.type == QtWindowType::Sheet) {
         out = u"propertysheet " + Quoted(TitleOf(window)) + u"\n";
@@ -470,17 +471,29 @@ CString QtDesktop::Snapshot() {
 }
 
 CString QtDesktop::Ok() {
-    if (QtWindow* top = Innermost()) SendKey(top->widget.data(), Qt::Key_Return);
+    QtWindow* top = Innermost();
+    if (top && top->type == QtWindowType::Prompt) return PromptOk(*top);
+    if (top) SendKey(top->widget.data(), Qt::Key_Return);
     return CString();
 }
 
+// Escape: a prompt ends unanswered (question: IDCANCEL, menu: 0, file
+// dialog: no path).
 CString QtDesktop::Cancel() {
-    if (QtWindow* top = Innermost()) SendKey(top->widget.data(), Qt::Key_Escape);
+    QtWindow* top = Innermost();
+    if (top && top->type == QtWindowType::Prompt) {
+        top->result = IDCANCEL;
+        EndPrompt(*top);
+    } else if (top) {
+        SendKey(top->widget.data(), Qt::Key_Escape);
+    }
     return CString();
 }
 
 CString QtDesktop::Close() {
-    if (QtWindow* top = Innermost()) top->widget->close();
+    QtWindow* top = Innermost();
+    if (top && top->type == QtWindowType::Prompt) return Cancel();
+    if (top) top->widget->close();
     return CString();
 }
 

@@ -3,6 +3,7 @@
 // logic asks about it (id, style, class, sink, the dialog's focus control).
 #pragma once
 
+#include <orvobasic/desktop.h>
 #include <orvobasic/dialogs.h>
 
 #include <QPointer>
@@ -24,7 +25,10 @@ enum class QtControlType {
     DateTime, TreeView, Slider, TabControl, ScrollBar, Other,
 };
 
-enum class QtWindowType { Dialog, Sheet, Page, Control };
+enum class QtWindowType { Dialog, Sheet, Page, Control, Prompt };
+
+// The prompts a script shows without a dialog of its own.
+enum class QtPromptKind { None, Question, Menu, File };
 
 struct QtWindow {
     QtWindowType type = QtWindowType::Control;
@@ -58,6 +62,17 @@ struct QtWindow {
     std::vector<QtWindow*> pages;
     int activePage = -1;
     QTabWidget* tabs = nullptr;
+
+    // Prompts: the kind and what it shows (a question's text, "menu", the
+    // file dialog's title); a menu's point, items and the chosen number
+    // (0: none); a file dialog's request and the path chosen.
+    QtPromptKind prompt = QtPromptKind::None;
+    CString text;
+    int x = 0, y = 0;
+    std::vector<CString> items;
+    int chosenItem = 0;
+    FileDialogRequest file;
+    CString chosen;
 };
 
 // The control type of a class and style; Other for a class no desktop knows.
@@ -81,6 +96,9 @@ CString QtControlValue(const QtWindow& control);
 // Dates a date-time control takes: years 100 to 9999, real days, times of day.
 bool QtValidTime(const SystemTime& time);
 void QtSetTime(QtWindow& control, const SystemTime& time);
+
+// What a window is called: a prompt's text, else its window title.
+CString QtTitle(const QtWindow& window);
 
 // Text conversions.
 QString ToQString(const CString& text);

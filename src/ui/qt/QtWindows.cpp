@@ -197,8 +197,10 @@ void QtDesktop::Settle() { RunMessageLoop(0); }
 // says so. Without actions a person uses the window.
 void QtDesktop::RunModal(QtWindow& window) {
     m_modal.push_back(&window);
-    window.widget->setWindowModality(Qt::ApplicationModal);
-    window.widget->show();
+    if (window.prompt != QtPromptKind::Menu) {   // a menu pops up by itself
+        window.widget->setWindowModality(Qt::ApplicationModal);
+        window.widget->show();
+    }
     if (m_actions.Loaded()) PlayActions(window);
     else WaitForPerson(window);
     m_modal.pop_back();
@@ -215,8 +217,7 @@ void QtDesktop::PlayActions(QtWindow& window) {
         if (window.ended) break;
         const Action* action = m_actions.Next();
         if (!action) {
-            UiNote(m_actions.Name() + u": no action left: \"" + FromQString(window.widget->windowTitle()) +
-                   u"\" cancelled");
+            UiNote(m_actions.Name() + u": no action left: \"" + QtTitle(window) + u"\" cancelled");
             Cancel();
             window.ended = true;   // whatever the cancel handler did
             if (window.result == 0) window.result = IDC_CANCEL;
