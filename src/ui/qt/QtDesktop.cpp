@@ -59,6 +59,8 @@ QtDesktop::QtDesktop(Desktop* console) : m_console(console) {
 QtDesktop::~QtDesktop() {
     m_timers.clear();
     m_context.reset();
+    // Windows closed last are still waiting for the loop to delete them.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     for (int fd : m_quitPipe)
         if (fd >= 0) ::close(fd);
     delete m_ownApp;
@@ -165,8 +167,9 @@ unsigned QtDesktop::SetTimer(unsigned intervalMs, TimerProc proc, void* context)
 }
 
 bool QtDesktop::KillTimer(unsigned timerId) {
+    if (!OnGuiThread()) return Desktop::KillTimer(timerId);
     auto it = m_timers.find(timerId);
-    if (it == m_timers.end() || it->second->killed) return OnGuiThread() ? false : Desktop::KillTimer(timerId);
+    if (it == m_timers.end() || it->second->killed) return false;
     Timer* t = it->second.get();
     t->timer->stop();
     if (t->running) {
