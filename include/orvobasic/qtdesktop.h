@@ -13,7 +13,8 @@ extern "C" {
 // Makes the Qt desktop on the calling thread, which becomes its GUI thread
 // (a host that already has a QApplication keeps it). `console`, when not
 // null, receives what a console shows: printed text, error reports, action
-// notes and snapshots. Returns null, with the reason in `reason` (cut to
+// notes and snapshots, and (through UiOutput) the text of each message box
+// the Qt desktop shows. Returns null, with the reason in `reason` (cut to
 // `size` bytes with its zero), when no display answers: the process goes on
 // and the host can keep the headless desktop.
 __attribute__((visibility("default"))) ob::ui::Desktop* OB_CreateQtDesktop(ob::ui::Desktop* console, char* reason,

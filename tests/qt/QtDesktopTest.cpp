@@ -342,9 +342,14 @@ TEST(QtDesktopThreads, OtherThreadsUseTheInMemoryWindows) {
     ASSERT_TRUE(g_desktop->LoadUiActions(u"", u"none", error));
 }
 
-// What a desktop shows through its console: snapshots and notes.
+// What a desktop shows through its console: snapshots, notes and, as the
+// runner's console does, the text of each box.
 struct Capture : HeadlessDesktop {
     CString out;
+    int MessageBox(const CString& text, unsigned style) override {
+        out += text + u"\n";
+        return HeadlessDesktop::MessageBox(text, style);
+    }
     void UiOutput(const CString& text) override { out += text; }
     void UiNote(const CString& line) override { out += u"note: " + line + u"\n"; }
 };

@@ -76,6 +76,8 @@ bool QtDesktop::OnGuiThread() const {
 int QtDesktop::MessageBox(const CString& text, unsigned style) {
     bool question = (style & 0xF) == MB_YESNO;
     if (!OnGuiThread()) return question ? AnswerQuestion(text) : m_console ? m_console->MessageBox(text, style) : IDOK;
+    // The console keeps a record of every box, as it shows boxes itself.
+    if (m_console) m_console->UiOutput(text.empty() || text.back() != u'\n' ? CString(text + u"\n") : text);
     if (question) return Question(text);   // the yes/no question of "ask"
     QMessageBox box((style & MB_ICONSTOP) ? QMessageBox::Critical : QMessageBox::NoIcon, QStringLiteral("OrvoBasic"),
                     ToQString(text));

@@ -34,8 +34,9 @@ public:
     static constexpr WindowHandle kFirstHandle = 0x40000000;
 
     // `console` (may be null) receives printed text, error reports, action
-    // notes and snapshots; without it they are shown in message boxes and
-    // on the standard streams as the base desktop does.
+    // notes, snapshots and a record of each message box's text; without it
+    // they are shown in message boxes and on the standard streams as the
+    // base desktop does.
     explicit QtDesktop(Desktop* console);
     ~QtDesktop() override;
 
