@@ -6,7 +6,7 @@
 set -euo pipefail
 
 # Every system package the build, the tests and the tools need. Add new ones here.
-PACKAGES="g++ make cmake ninja-build libgtest-dev libgmock-dev pkg-config python3 libffi-dev python3-dbfread locales libedit-dev nettle-dev libcanberra-dev"
+PACKAGES="g++ make cmake ninja-build libgtest-dev libgmock-dev pkg-config python3 libffi-dev python3-dbfread locales libedit-dev nettle-dev qt6-base-dev xvfb xauth fonts-dejavu-core libcanberra-dev"
 # Only for `make fuzz`: the fuzz targets are built with clang's libFuzzer.
 FUZZ_PACKAGES="clang libclang-rt-14-dev"
 

@@ -151,10 +151,10 @@ public:
     // and clears an earlier failure;
     // `name` is what notes and errors call the file. False, with the
     // reason in `error` ("NAME:LINE: ..."), when a line is malformed.
-    bool LoadUiActions(const CString& text, const CString& name, CString& error);
+    virtual bool LoadUiActions(const CString& text, const CString& name, CString& error);
     // True once an action failed (a missing control, another dialog than
     // expected): every modal loop then ends at once.
-    bool UiActionsFailed() const;
+    virtual bool UiActionsFailed() const;
     // A one-line note about the actions (a dialog cancelled for want of
     // actions, an action that failed); default: stderr.
     virtual void UiNote(const CString& line);

@@ -27,6 +27,7 @@
 
 #include <orvobasic/CString.h>
 #include <orvobasic/dialogs.h>
+#include <orvobasic/export.h>
 
 #include <cstddef>
 #include <vector>
@@ -89,7 +90,7 @@ struct ActionVerb {
     CString (*run)(UiDriver& driver, const Action& action);
 };
 
-class ActionScript {
+class OB_API ActionScript {
 public:
     // Parses `text`; on a malformed line returns false with "NAME:LINE: ..."
     // in `error` and keeps the actions it had.
@@ -109,6 +110,6 @@ private:
 };
 
 // The verb with this name, or null.
-const ActionVerb* FindActionVerb(const CString& name);
+OB_API const ActionVerb* FindActionVerb(const CString& name);
 
 }  // namespace ob::ui

@@ -6,6 +6,7 @@
 // resident timeout, or its timer stops. The first SIGINT/SIGTERM stops the
 // script cleanly; a second one ends the process at once.
 #include "ConsoleDesktop.h"
+#include "GuiDesktop.h"
 #include "Interactive.h"
 #include "UsageText.h"
 
@@ -56,6 +57,7 @@ struct Options {
     uint32_t allowed = OB_CAP_ALL;
     bool trace = false;
     std::string uiActions;             // action file, empty for none
+    ob::runner::UiChoice ui = ob::runner::UiChoice::Auto;
     std::vector<std::pair<int32_t, std::string>> comPorts;   // --com N=PATH
     std::string keyFile;               // empty: the built-in key
     int32_t codePage = OB_CODEPAGE_1252;
@@ -233,7 +235,9 @@ int ParseOption(int argc, char** argv, int& i, Options& options) {
         return -1;
     }
     if (std::strncmp(arg, "--ui=", 5) == 0) {
-        if (std::strcmp(arg + 5, "headless") != 0) return UsageError("--ui takes headless");
+        if (std::strcmp(arg + 5, "headless") == 0) options.ui = ob::runner::UiChoice::Headless;
+        else if (std::strcmp(arg + 5, "gui") == 0) options.ui = ob::runner::UiChoice::Gui;
+        else return UsageError("--ui takes gui or headless");
         return -1;
     }
     if (std::strcmp(arg, "--com") == 0 || std::strncmp(arg, "--com=", 6) == 0)
@@ -492,7 +496,9 @@ int main(int argc, char** argv) {
     if (interactive) options.onError = ob::runner::OnError::Continue;
     if (!options.keyFile.empty() && (status = ApplyKeyFile(options.keyFile)) >= 0) return status;
 
-    ob::runner::ConsoleDesktop desktop(options.onError);
+    ob::runner::ConsoleDesktop console(options.onError);
+    ob::runner::GuiDesktop gui(options.ui, console);
+    ob::ui::Desktop& desktop = gui.Active();
     ob::ui::SetDesktop(&desktop);
     if (!options.uiActions.empty()) {
         char reason[1024];
@@ -511,5 +517,5 @@ int main(int argc, char** argv) {
     ob::ui::SetDesktop(nullptr);
     if (!loaded) return kExitNotLoaded;
     if (interactive) return kExitOk;   // errors were shown and the session went on
-    return desktop.ErrorCount() > 0 || desktop.UiActionsFailed() ? kExitScriptErrors : kExitOk;
+    return console.ErrorCount() > 0 || desktop.UiActionsFailed() ? kExitScriptErrors : kExitOk;
 }

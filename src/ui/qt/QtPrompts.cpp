@@ -1,0 +1,316 @@
+// The Qt prompts: the Yes/No question (a message box), the pop-up menu
+// (QMenu) and the file dialogs (Qt's own file dialog, the same on every
+// machine). Each runs as a modal window of the desktop, so action scripts
+// answer them ("answer", "menu", "file") and "expect-dialog", "wait-ms",
+// "snapshot" and "cancel" work on them as on dialogs.
+#include "ui/qt/QtDesktop.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QFileDialog>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+namespace ob::ui {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+CString Number(long n) {
+    std::string digits = std::to_string(n);
+    return CString(std::u16string(digits.begin(), digits.end()));
+}
+
+CString Quoted(const CString& text) { return u"\"" + text + u"\""; }
+
+const char16_t* KindName(QtPromptKind kind) {
+    switch (kind) {
+    case QtPromptKind::Question: return u"question";
+    case QtPromptKind::Menu: return u"menu";
+    case QtPromptKind::File: return u"file dialog";
+    default: return u"prompt";
+    }
+}
+
+// Item `text` of a menu, exactly or else ignoring case; 0 when none matches.
+int FindMenuItem(const std::vector<CString>& items, const CString& text) {
+    for (size_t i = 0; i < items.size(); ++i)
+        if (items[i] == text) return static_cast<int>(i) + 1;
+    CString lower = text;
+    lower.MakeLower();
+    for (size_t i = 0; i < items.size(); ++i) {
+        CString item = items[i];
+        if (item.MakeLower() == lower) return static_cast<int>(i) + 1;
+    }
+    return 0;
+}
+
+// The full path a file dialog makes of a typed name: relative names are
+// taken from the initial folder (else the current one), and a name without
+// an extension gets the default one.
+fs::path ResolveFileName(const CString& typed, const FileDialogRequest& request) {
+    fs::path path = fs::path(typed.ToUtf8());
+    if (path.is_relative() && !request.initialFolder.IsEmpty()) path = fs::path(request.initialFolder.ToUtf8()) / path;
+    std::error_code ec;
+    fs::path full = fs::absolute(path, ec);
+    if (ec) full = path;
+    full = full.lexically_normal();
+    std::string extension = request.defaultExtension.ToUtf8();
+    if (!extension.empty() && extension.front() == '.') extension.erase(0, 1);
+    if (!extension.empty() && full.has_filename() && !full.has_extension()) full += "." + extension;
+    return full;
+}
+
+// Why the dialog refuses `path`, or empty when it takes it: the open dialog
+// wants an existing file, the save dialog an existing folder to save in.
+CString RefusalOf(const fs::path& path, bool save) {
+    std::error_code ec;
+    CString shown = Quoted(CString::FromUtf8(path.string()));
+    if (!path.has_filename() || fs::is_directory(path, ec)) return shown + u" is a folder";
+    if (save) return fs::is_directory(path.parent_path(), ec) ? CString() : u"no folder for " + shown;
+    return fs::is_regular_file(path, ec) ? CString() : u"no file " + shown;
+}
+
+// "description|pattern|description|pattern..." as Qt's name filters
+// ("description (pattern pattern)"); patterns are separated by ';'.
+QStringList NameFilters(const CString& filter) {
+    QStringList parts = ToQString(filter).split(u'|');
+    QStringList filters;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2)
+        filters << parts[i] + QStringLiteral(" (") + parts[i + 1].split(u';', Qt::SkipEmptyParts).join(u' ') +
+                       QStringLiteral(")");
+    return filters;
+}
+
+void SendKey(QWidget* widget, int key) {
+    QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
+    QCoreApplication::sendEvent(widget, &press);
+    QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier);
+    QCoreApplication::sendEvent(widget, &release);
+}
+
+}  // namespace
+
+QtWindow* QtDesktop::NewPrompt(QtPromptKind kind, const CString& text, QWidget* widget) {
+    QtWindow* w = NewWindow(QtWindowType::Prompt, nullptr);
+    w->prompt = kind;
+    w->text = text;
+    w->widget = widget;
+    return w;
+}
+
+void QtDesktop::EndPrompt(QtWindow& prompt) {
+    prompt.ended = true;
+    if (prompt.loop) prompt.loop->quit();
+}
+
+// Runs the prompt's modal loop, then removes it quietly.
+void QtDesktop::RunPrompt(QtWindow& prompt) {
+    RunModal(prompt);
+    if (QWidget* widget = prompt.widget.data()) {
+        widget->blockSignals(true);
+        widget->hide();
+        widget->deleteLater();
+    }
+}
+
+int QtDesktop::Question(const CString& text) {
+    auto* box = new QMessageBox(QMessageBox::Question, QStringLiteral("OrvoBasic"), ToQString(text),
+                                QMessageBox::Yes | QMessageBox::No);
+    QtWindow* w = NewPrompt(QtPromptKind::Question, text, box);
+    QObject::connect(box, &QMessageBox::buttonClicked, box, [this, box, handle = w->handle](QAbstractButton* b) {
+        QtWindow* q = Find(handle);
+        if (!q) return;
+        q->result = box->standardButton(b) == QMessageBox::Yes ? IDYES : IDNO;
+        EndPrompt(*q);
+    });
+    RunPrompt(*w);
+    int result = w->result;
+    m_windows.erase(w->handle);
+    return result;
+}
+
+int QtDesktop::TrackPopupMenu(int x, int y, const std::vector<CString>& items) {
+    if (!OnGuiThread()) return Desktop::TrackPopupMenu(x, y, items);
+    auto* menu = new QMenu;
+    QtWindow* w = NewPrompt(QtPromptKind::Menu, u"menu", menu);
+    w->x = x;
+    w->y = y;
+    w->items = items;
+    for (size_t i = 0; i < items.size(); ++i) menu->addAction(ToQString(items[i]))->setData(static_cast<int>(i) + 1);
+    QObject::connect(menu, &QMenu::triggered, menu, [this, handle = w->handle](QAction* action) {
+        if (QtWindow* m = Find(handle)) {
+            m->chosenItem = action->data().toInt();
+            EndPrompt(*m);
+        }
+    });
+    // A menu hidden without a choice (Escape, a click elsewhere) is
+    // dismissed; the choice, if any, arrives right after the hiding.
+    QObject::connect(menu, &QMenu::aboutToHide, menu, [this, handle = w->handle] {
+        QTimer::singleShot(0, m_context.get(), [this, handle] {
+            if (QtWindow* m = Find(handle); m && !m->ended) EndPrompt(*m);
+        });
+    });
+    menu->popup(QPoint(x, y));
+    RunPrompt(*w);
+    int chosen = w->chosenItem;
+    m_windows.erase(w->handle);
+    return chosen;
+}
+
+CString QtDesktop::FileDialog(const FileDialogRequest& request) {
+    if (!OnGuiThread()) return Desktop::FileDialog(request);
+    const char16_t* title = request.save ? u"Save As" : u"Open";
+    auto* dialog = new QFileDialog(nullptr, ToQString(title), ToQString(request.initialFolder));
+    dialog->setOptions(QFileDialog::DontUseNativeDialog | QFileDialog::DontConfirmOverwrite);
+    dialog->setAcceptMode(request.save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dialog->setFileMode(request.save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    QString extension = ToQString(request.defaultExtension);
+    if (extension.startsWith(u'.')) extension.remove(0, 1);
+    dialog->setDefaultSuffix(extension);
+    QStringList filters = NameFilters(request.filter);
+    if (!filters.isEmpty()) dialog->setNameFilters(filters);
+    if (!request.fileName.IsEmpty()) dialog->selectFile(ToQString(request.fileName));
+    QtWindow* w = NewPrompt(QtPromptKind::File, title, dialog);
+    w->file = request;
+    QObject::connect(dialog, &QDialog::finished, dialog, [this, dialog, handle = w->handle](int how) {
+        QtWindow* f = Find(handle);
+        if (!f || f->ended) return;
+        if (how == QDialog::Accepted && !dialog->selectedFiles().isEmpty())
+            f->chosen = FromQString(dialog->selectedFiles().front());
+        EndPrompt(*f);
+    });
+    RunPrompt(*w);
+    CString chosen = w->chosen;
+    m_windows.erase(w->handle);
+    return chosen;
+}
+
+QtWindow* QtDesktop::PromptTarget(QtPromptKind kind, CString& why) {
+    QtWindow* top = Innermost();
+    if (top && top->type == QtWindowType::Prompt && top->prompt == kind) return top;
+    why = CString(u"no ") + KindName(kind) + u" is open";
+    if (top) why += u" (" + Quoted(top->type == QtWindowType::Prompt ? top->text
+                                                                     : FromQString(top->widget->windowTitle())) +
+                    u" is)";
+    return nullptr;
+}
+
+// Yes and No are clicked on the box; cancel closes it unanswered.
+CString QtDesktop::Answer(int button) {
+    CString why;
+    QtWindow* w = PromptTarget(QtPromptKind::Question, why);
+    if (!w) return why;
+    auto* box = static_cast<QMessageBox*>(w->widget.data());
+    QAbstractButton* target = button == IDYES ? box->button(QMessageBox::Yes)
+                              : button == IDNO ? box->button(QMessageBox::No)
+                                               : nullptr;
+    if (target) ClickWidget(target, target->rect().center());
+    if (!w->ended) {   // cancel, or a click that did not land
+        w->result = target ? button : IDCANCEL;
+        EndPrompt(*w);
+    }
+    return CString();
+}
+
+// An item is made the menu's active one and Enter chooses it; 0 is Escape.
+CString QtDesktop::MenuIndex(int number) {
+    CString why;
+    QtWindow* w = PromptTarget(QtPromptKind::Menu, why);
+    if (!w) return why;
+    if (number < 0 || static_cast<size_t>(number) > w->items.size())
+        return u"no item " + Number(number) + u" in the menu";
+    auto* menu = static_cast<QMenu*>(w->widget.data());
+    if (number > 0) {
+        QAction* action = menu->actions().value(number - 1);
+        menu->setActiveAction(action);
+        SendKey(menu, Qt::Key_Return);
+        if (!w->ended && action) action->trigger();   // a menu not on screen yet takes the choice directly
+    }
+    if (!w->ended) {
+        w->chosenItem = number;
+        EndPrompt(*w);
+    }
+    return CString();
+}
+
+CString QtDesktop::MenuText(const CString& item) {
+    CString why;
+    QtWindow* w = PromptTarget(QtPromptKind::Menu, why);
+    if (!w) return why;
+    int number = FindMenuItem(w->items, item);
+    if (number == 0) return u"no item " + Quoted(item) + u" in the menu";
+    return MenuIndex(number);
+}
+
+// The name is checked as the dialog checks it, then given to the dialog,
+// which accepts it.
+CString QtDesktop::File(const CString& path) {
+    CString why;
+    QtWindow* w = PromptTarget(QtPromptKind::File, why);
+    if (!w) return why;
+    if (path.IsEmpty()) return u"no file name";
+    fs::path full = ResolveFileName(path, w->file);
+    why = RefusalOf(full, w->file.save);
+    if (!why.empty()) return why;
+    w->chosen = CString::FromUtf8(full.string());
+    w->ended = true;   // the path above is the answer, whatever the dialog makes of it
+    auto* dialog = static_cast<QFileDialog*>(w->widget.data());
+    dialog->selectFile(ToQString(w->chosen));
+    static_cast<QDialog*>(dialog)->done(QDialog::Accepted);
+    EndPrompt(*w);
+    return CString();
+}
+
+CString QtDesktop::FileCancel() {
+    CString why;
+    QtWindow* w = PromptTarget(QtPromptKind::File, why);
+    if (!w) return why;
+    w->chosen.clear();
+    w->result = IDCANCEL;
+    static_cast<QFileDialog*>(w->widget.data())->reject();
+    EndPrompt(*w);
+    return CString();
+}
+
+// Enter: a file dialog takes the name in its name field (the initial file
+// name); a question and a menu have nothing to take.
+CString QtDesktop::PromptOk(QtWindow& prompt) {
+    if (prompt.prompt == QtPromptKind::File) {
+        if (prompt.file.fileName.IsEmpty()) return u"the file dialog has no file name to take";
+        return File(prompt.file.fileName);
+    }
+    return prompt.prompt == QtPromptKind::Menu ? u"a menu takes \"menu N\", not \"ok\""
+                                               : u"a question takes \"answer yes|no\", not \"ok\"";
+}
+
+CString QtDesktop::DescribePrompt(const QtWindow& prompt) const {
+    switch (prompt.prompt) {
+    case QtPromptKind::Question: return u"question " + Quoted(prompt.text) + u"\n";
+    case QtPromptKind::Menu: {
+        CString out = u"menu at " + Number(prompt.x) + u"," + Number(prompt.y) + u"\n";
+        for (size_t i = 0; i < prompt.items.size(); ++i)
+            out += u"  " + Number(static_cast<long>(i) + 1) + u" " + Quoted(prompt.items[i]) + u"\n";
+        return out;
+    }
+    case QtPromptKind::File: {
+        const FileDialogRequest& r = prompt.file;
+        return CString(r.save ? u"filesave " : u"fileopen ") + Quoted(r.fileName) + u" extension " +
+               Quoted(r.defaultExtension) + u" filter " + Quoted(r.filter) + u" folder " + Quoted(r.initialFolder) +
+               u"\n";
+    }
+    default: return CString();
+    }
+}
+
+}  // namespace ob::ui
