@@ -143,6 +143,7 @@ size_t ReplacedLength(const CString& text, const CString& from, const CString& t
 // more as text), so that a result too large for the memory budget is
 // refused before it is made.
 uint64_t ResultBytes(FUNCTION_TYPE type, const CArgArray& args) {
+    if (type == FT_LEN || type == FT_VAL) return 0;
     uint64_t copies = 0;
     for (const CBasicVariable& arg : args) copies += arg.GetCurrent().HeapBytes();
     if (type == FT_REPEAT && args.size() >= 2) {
@@ -167,7 +168,7 @@ bool COrvoBasic::ExecStringOperation(CBasicVariable& result, CArgArray& args, FU
             ReportError(24);
             return false;
         }
-        if (!MayAllocate(ResultBytes(type, args))) return false;
+        if (m_controlActive && !MayAllocate(ResultBytes(type, args))) return false;
         int error = op.run(result, args);
         if (error) ReportError(error);
         return error == 0;
