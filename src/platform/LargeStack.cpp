@@ -9,6 +9,7 @@
 #include "platform/Sanitizers.h"
 
 #if OB_ASAN
+#include <sanitizer/asan_interface.h>
 #include <sanitizer/common_interface_defs.h>
 #endif
 #if OB_TSAN
@@ -20,6 +21,51 @@ namespace {
 
 // Reserved, not committed: pages are backed only as deep recursion touches them.
 constexpr size_t kLargeStackSize = size_t{512} * 1024 * 1024;
+// The top of the stack a run leaves committed for the next run on the thread.
+constexpr size_t kKeptTop = size_t{1} << 20;
+
+// The large stack of one thread, mapped by its first run and reused by the
+// later ones: mapping half a gigabyte and faulting in its first pages cost
+// more than a short script takes to run. Unmapped when the thread ends.
+class ThreadStack {
+public:
+    ThreadStack() = default;
+    ThreadStack(const ThreadStack&) = delete;
+    ThreadStack& operator=(const ThreadStack&) = delete;
+    ~ThreadStack() {
+        if (m_base) munmap(m_base, kLargeStackSize);
+    }
+
+    // The stack, mapped on first use; null when there is no room for it.
+    char* Get() {
+        if (!m_base) {
+            void* base = mmap(nullptr, kLargeStackSize, PROT_READ | PROT_WRITE,
+                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_STACK, -1, 0);
+            if (base == MAP_FAILED) return nullptr;
+            m_base = static_cast<char*>(base);
+            // Small pages: a huge one would be zeroed whole for the few
+            // kilobytes a run uses, and split by every Trim.
+            madvise(m_base, kLargeStackSize, MADV_NOHUGEPAGE);
+        }
+#if OB_ASAN
+        // Frames left by an earlier run (its entry frame never returns) must
+        // not look poisoned to this one; large ranges cost the sanitizer an
+        // madvise of its shadow, not a write.
+        __asan_unpoison_memory_region(m_base, kLargeStackSize);
+#endif
+        return m_base;
+    }
+
+    // Gives back what a deep recursion committed below the kept top.
+    void Trim() {
+        if (m_base) madvise(m_base, kLargeStackSize - kKeptTop, MADV_DONTNEED);
+    }
+
+private:
+    char* m_base = nullptr;
+};
+
+thread_local ThreadStack t_stack;
 
 struct Fiber {
     ucontext_t caller{};
@@ -71,15 +117,14 @@ void RunOnLargeStack(const std::function<void()>& body) {
         body();
         return;
     }
-    void* stack = mmap(nullptr, kLargeStackSize, PROT_READ | PROT_WRITE,
-                       MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_STACK, -1, 0);
-    if (stack == MAP_FAILED) {
+    char* stack = t_stack.Get();
+    if (!stack) {
         body();   // no room for a stack of its own: run where we are
         return;
     }
     Fiber fiber;
     fiber.body = &body;
-    fiber.stack = static_cast<char*>(stack);
+    fiber.stack = stack;
     getcontext(&fiber.callee);
     fiber.callee.uc_stack.ss_sp = stack;
     fiber.callee.uc_stack.ss_size = kLargeStackSize;
@@ -112,7 +157,7 @@ void RunOnLargeStack(const std::function<void()>& body) {
     __tsan_destroy_fiber(fiber.calleeFiber);
 #endif
     t_active = nullptr;
-    munmap(stack, kLargeStackSize);
+    t_stack.Trim();
     if (fiber.error) std::rethrow_exception(fiber.error);
 }
 
