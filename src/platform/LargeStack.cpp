@@ -2,8 +2,10 @@
 
 #include <pthread.h>
 #include <sys/mman.h>
+#include <unistd.h>
 #include <ucontext.h>
 
+#include <cstdint>
 #include <exception>
 
 #include "platform/Sanitizers.h"
@@ -48,21 +50,59 @@ public:
             madvise(m_base, kLargeStackSize, MADV_NOHUGEPAGE);
         }
 #if OB_ASAN
-        // Frames left by an earlier run (its entry frame never returns) must
-        // not look poisoned to this one; large ranges cost the sanitizer an
-        // madvise of its shadow, not a write.
-        __asan_unpoison_memory_region(m_base, kLargeStackSize);
+        UnpoisonForReuse();
 #endif
         return m_base;
     }
 
-    // Gives back what a deep recursion committed below the kept top.
+    // Gives back what a deep recursion committed below the kept top. A run
+    // that stayed above it (nearly every run) costs one mincore call.
     void Trim() {
-        if (m_base) madvise(m_base, kLargeStackSize - kKeptTop, MADV_DONTNEED);
+        if (!m_base || !WentBelowKeptTop()) return;
+        madvise(m_base, kLargeStackSize - kKeptTop, MADV_DONTNEED);
+        m_deepRun = true;
     }
 
 private:
+    // True when pages just below the kept top are resident: the stack grows
+    // down page by page, so a run that went deeper went through them.
+    bool WentBelowKeptTop() const {
+        constexpr size_t kWindow = 64 * 1024;
+        const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        unsigned char resident[kWindow / 4096 + 1] = {};
+        if (page > 4096 || mincore(m_base + kLargeStackSize - kKeptTop - kWindow, kWindow, resident) != 0)
+            return true;
+        for (size_t i = 0; i < kWindow / page; ++i)
+            if (resident[i] & 1) return true;
+        return false;
+    }
+
+#if OB_ASAN
+    // Frames left by an earlier run (its entry frame never returns) must not
+    // look poisoned to the next one. Writing the shadow of the whole stack
+    // would cost tens of megabytes a run: the shadow of the part below the
+    // kept top is given back to the system instead (its pages come back as
+    // zeros, which the address sanitizer reads as addressable), and only the
+    // edges that do not fill a shadow page are written.
+    void UnpoisonForReuse() {
+        size_t scale = 0, offset = 0;
+        __asan_get_shadow_mapping(&scale, &offset);
+        const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        const size_t edge = page << scale;   // stack bytes one shadow page covers
+        uintptr_t low = reinterpret_cast<uintptr_t>(m_base);
+        uintptr_t keptTop = low + kLargeStackSize - kKeptTop;
+        uintptr_t shadowLow = ((low >> scale) + offset + page - 1) / page * page;
+        uintptr_t shadowHigh = ((keptTop >> scale) + offset) / page * page;
+        if (m_deepRun && shadowHigh > shadowLow)
+            madvise(reinterpret_cast<void*>(shadowLow), shadowHigh - shadowLow, MADV_DONTNEED);
+        m_deepRun = false;
+        __asan_unpoison_memory_region(m_base, edge);
+        __asan_unpoison_memory_region(reinterpret_cast<void*>(keptTop - edge), kKeptTop + edge);
+    }
+#endif
+
     char* m_base = nullptr;
+    bool m_deepRun = true;   // the last run went below the kept top (or none ran yet)
 };
 
 thread_local ThreadStack t_stack;
