@@ -231,7 +231,7 @@ public:
 
     // ---- registry and host interface ----
     static std::list<void*> m_List;
-    static std::mutex m_Door;   // created, deliberately never locked
+    static std::mutex m_Door;   // guards m_List, m_nNumberOfCopies and the gates; held briefly
     static int32_t m_nNumberOfCopies;
     static std::unordered_map<CString, CFuncDesc*, ob::CStringHash> m_ExtFunctionTable;
     static bool IsValidInterpreter(void* interpreter);

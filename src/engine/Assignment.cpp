@@ -6,6 +6,25 @@
 
 using namespace ob;
 
+namespace {
+
+// Texts longer than this (characters) are stored by a copy made in slices.
+constexpr size_t kStoreSlice = size_t{1} << 20;
+
+// Copies a long text slice by slice, looking at the deadline and at stop
+// requests in between: storing a text of a gigabyte takes a good part of a
+// second, too long to go unnoticed. False when the run has ended meanwhile.
+bool CopyInSlices(COrvoBasic& basic, const CString& text, CString& out) {
+    out.reserve(text.size());
+    for (size_t at = 0; at < text.size(); at += kStoreSlice) {
+        if (at && !basic.MayContinue(kStoreSlice * sizeof(char16_t))) return false;
+        out.append(text, at, kStoreSlice);
+    }
+    return true;
+}
+
+}  // namespace
+
 bool COrvoBasic::assignment() {
     size_t operandMark = m_operands.size();
     get_token();
@@ -46,7 +65,7 @@ bool COrvoBasic::StoreAssignment(const CString& target, uint32_t targetPos, BASI
         return false;
     }
     // The store copies the value: counted like the copies that made it.
-    if (!MayAllocate(static_cast<uint64_t>(value.ContentBytes()))) return false;
+    if (m_controlActive && !MayAllocate(static_cast<uint64_t>(value.ContentBytes()))) return false;
     CBasicVariable* var = FindVariableAt(targetPos, target);
     int size = !var ? 0 : (var->GetNumItems() == 1 && !var->GetItem(0).IsSet()) ? 0 : var->GetNumItems();
     if ((size > 1 && !indexed) || value.GetNumItems() > 1) {
@@ -61,6 +80,13 @@ bool COrvoBasic::StoreAssignment(const CString& target, uint32_t targetPos, BASI
         return true;
     }
     var->SetCurIndex(index);
+    const CVarBase& item = value.GetCurrent();
+    if (item.GetVarType() == VT_BSTR && item.StringRef().size() > kStoreSlice) {
+        CString copy;
+        if (!CopyInSlices(*this, item.StringRef(), copy)) return false;
+        var->SetValue(std::move(copy));
+        return true;
+    }
     var->SetValue(value);
     return true;
 }

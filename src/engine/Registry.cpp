@@ -70,27 +70,24 @@ std::shared_ptr<ScriptGate> FindGate(const void* script) {
 
 ScriptUse::ScriptUse(const void* script, Wait wait) : m_gate(FindGate(script)) {
     if (!m_gate) return;
-    if (wait == Wait::Always || t_gatesHeld == 0)
-        m_gate->use.lock();
-    else if (!m_gate->use.try_lock())
-        return;
+    if (!m_gate->Enter(wait == Wait::Always || t_gatesHeld == 0)) return;
     ++t_gatesHeld;
-    if (m_gate->open) {
+    if (m_gate->IsOpen()) {
         m_held = true;
         return;
     }
     --t_gatesHeld;
-    m_gate->use.unlock();
+    m_gate->Leave();
 }
 
 ScriptUse::~ScriptUse() {
     if (!m_held) return;
     --t_gatesHeld;
-    m_gate->use.unlock();
+    m_gate->Leave();
 }
 
 void ScriptUse::Close() {
-    if (m_held) m_gate->open = false;
+    if (m_held) m_gate->Close();
 }
 
 const CFuncDesc* FindHostFunction(const CString& lowerName) {

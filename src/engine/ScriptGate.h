@@ -1,20 +1,41 @@
 // Serialises the uses of one interpreter across threads. Each live
-// interpreter has a gate: a recursive lock taken by whatever uses it from
-// outside (a run, a host event, a timer tick, a host query, its
-// destruction). The gate outlives the interpreter, so a thread that waited
-// on it while another thread freed the interpreter finds it closed.
+// interpreter has a gate: a lock that the thread holding it may take again,
+// taken by whatever uses it from outside (a run, a host event, a timer tick,
+// a host query, its destruction). The gate outlives the interpreter, so a
+// thread that waited on it while another thread freed the interpreter finds
+// it closed.
+//
+// The holder is recorded explicitly rather than left to a recursive mutex:
+// a script runs on a stack of its own (LargeStack.h), and a mutex held
+// across that switch would look, to a thread checker that follows each
+// stack separately, like a mutex taken by two threads at once.
 #pragma once
 
+#include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <thread>
 
 class COrvoBasic;
 
 namespace ob {
 
-struct ScriptGate {
-    std::recursive_mutex use;
-    bool open = true;   // false once the interpreter is being destroyed; read and written under `use`
+class ScriptGate {
+public:
+    // Takes the gate: again at once when this thread holds it; otherwise
+    // waits for it when `wait`, else gives up when another thread holds it.
+    bool Enter(bool wait);
+    void Leave();
+    // Open until the interpreter is being destroyed; the holder closes it.
+    bool IsOpen();
+    void Close();
+
+private:
+    std::mutex m_lock;   // guards the fields below; held only for a few instructions
+    std::condition_variable m_left;
+    std::thread::id m_holder;   // none when free
+    unsigned m_depth = 0;
+    bool m_open = true;
 };
 
 // Holds an interpreter's gate for its lifetime. A thread that holds no gate

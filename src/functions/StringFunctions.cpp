@@ -29,17 +29,68 @@ int ArgInt(const CBasicVariable& v) {
 
 CString Text(const CBasicVariable& v) { return v.GetStringValue(); }
 
+// Characters of the text "replace" makes: the text with every occurrence
+// of `from` counted at the size of `to`.
+size_t ReplacedLength(const CString& text, const CString& from, const CString& to) {
+    if (from.empty() || to.size() <= from.size()) return text.size();
+    size_t count = 0;
+    for (size_t at = text.find(from); at != CString::npos; at = text.find(from, at + from.size())) ++count;
+    return text.size() + count * (to.size() - from.size());
+}
+
+// Characters built between two looks at the deadline and at stop requests
+// while "repeat" or "replace" makes a long text.
+constexpr size_t kCheckSlice = size_t{1} << 20;
+
+// What a checked builder returns when the run ended while it worked (the
+// end has been reported): no error of its own to report.
+constexpr int kRunEnded = -1;
+
+// Looks at the deadline and at stop requests once `built` has grown by a
+// slice since the last look.
+bool KeepBuilding(COrvoBasic& basic, size_t built, size_t& lastLook) {
+    if (built - lastLook < kCheckSlice) return true;
+    lastLook = built;
+    return basic.MayContinue(kCheckSlice * sizeof(char16_t));
+}
+
 // The text n times; empty for n <= 0 or an empty text, error 45 past the limit.
-int Repeat(CBasicVariable& result, const CArgArray& args) {
+int Repeat(COrvoBasic& basic, CBasicVariable& result, const CArgArray& args) {
     CString text = Text(args[0]);
     int n = ArgInt(args[1]);
     CString out;
     if (n > 0 && !text.empty()) {
         if (text.size() > kMaxRepeatLength / static_cast<size_t>(n)) return 45;
         out.reserve(text.size() * static_cast<size_t>(n));
-        for (int i = 0; i < n; ++i) out += text;
+        size_t lastLook = 0;
+        for (int i = 0; i < n; ++i) {
+            out += text;
+            if (!KeepBuilding(basic, out.size(), lastLook)) return kRunEnded;
+        }
     }
-    result.SetValue(out);
+    result.SetValue(std::move(out));
+    return 0;
+}
+
+// Every occurrence of old replaced by new; an empty old changes nothing.
+int Replace(COrvoBasic& basic, CBasicVariable& result, const CArgArray& args) {
+    CString text = Text(args[0]);
+    CString from = Text(args[1]);
+    CString to = Text(args[2]);
+    if (!from.empty() && text.find(from) != CString::npos) {
+        CString out;
+        out.reserve(ReplacedLength(text, from, to));   // no regrowth, which would copy it all at once
+        size_t pos = 0;
+        size_t lastLook = 0;
+        for (size_t hit; (hit = text.find(from, pos)) != CString::npos; pos = hit + from.size()) {
+            out.append(text, pos, hit - pos);
+            out.append(to);
+            if (!KeepBuilding(basic, out.size(), lastLook)) return kRunEnded;
+        }
+        out.append(text, pos, CString::npos);
+        text = std::move(out);
+    }
+    result.SetValue(std::move(text));
     return 0;
 }
 
@@ -107,19 +158,12 @@ const StringOp kStringOps[] = {
      }},
     {FT_LCASE, 1, false, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(Text(a[0]).MakeLower()); return 0; }},
     {FT_UCASE, 1, false, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(Text(a[0]).MakeUpper()); return 0; }},
-    // every occurrence of old replaced by new; an empty old changes nothing
-    {FT_REPLACE, 3, true,
-     [](CBasicVariable& r, const CArgArray& a) {
-         CString text = Text(a[0]);
-         text.Replace(Text(a[1]), Text(a[2]));
-         r.SetValue(text);
-         return 0;
-     }},
+    {FT_REPLACE, 3, true, nullptr},   // Replace, checked while it works
     // the number value as a double (a numeric prefix of a text counts)
     {FT_VAL, 1, false, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(a[0].GetNumberValue()); return 0; }},
     // the string form (integers "%i", doubles "%f", truth values True/False)
     {FT_STR, 1, false, [](CBasicVariable& r, const CArgArray& a) { r.SetValue(Text(a[0])); return 0; }},
-    {FT_REPEAT, 2, false, Repeat},
+    {FT_REPEAT, 2, false, nullptr},   // Repeat, checked while it works
     // the value formatted by the format text (see Format.h)
     {FT_FORMAT, 2, true,
      [](CBasicVariable& r, const CArgArray& a) {
@@ -130,19 +174,11 @@ const StringOp kStringOps[] = {
     {FT_GETNAME, 1, false, GetName},
 };
 
-// Characters of the text "replace" makes: the text with every occurrence
-// of `from` counted at the size of `to`.
-size_t ReplacedLength(const CString& text, const CString& from, const CString& to) {
-    if (from.empty() || to.size() <= from.size()) return text.size();
-    size_t count = 0;
-    for (size_t at = text.find(from); at != CString::npos; at = text.find(from, at + from.size())) ++count;
-    return text.size() + count * (to.size() - from.size());
-}
-
 // Bytes a string built-in may build beyond its arguments (each copied once
 // more as text), so that a result too large for the memory budget is
 // refused before it is made.
 uint64_t ResultBytes(FUNCTION_TYPE type, const CArgArray& args) {
+    if (type == FT_LEN || type == FT_VAL) return 0;
     uint64_t copies = 0;
     for (const CBasicVariable& arg : args) copies += arg.GetCurrent().HeapBytes();
     if (type == FT_REPEAT && args.size() >= 2) {
@@ -167,8 +203,11 @@ bool COrvoBasic::ExecStringOperation(CBasicVariable& result, CArgArray& args, FU
             ReportError(24);
             return false;
         }
-        if (!MayAllocate(ResultBytes(type, args))) return false;
-        int error = op.run(result, args);
+        if (m_controlActive && !MayAllocate(ResultBytes(type, args))) return false;
+        int error = op.run                   ? op.run(result, args)
+                    : type == FT_REPEAT ? Repeat(*this, result, args)
+                                        : Replace(*this, result, args);
+        if (error == kRunEnded) return false;
         if (error) ReportError(error);
         return error == 0;
     }

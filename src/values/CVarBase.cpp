@@ -13,6 +13,14 @@ constexpr int kFalseMessage = 59;
 // Values of the whole process that hold an object reference; touched only
 // on the object paths.
 std::atomic<long> g_heldObjects{0};
+
+// A text's storage is kept for the next text unless it is large: a value
+// that once held megabytes must not hold on to them.
+constexpr size_t kKeptStorage = 4096;   // characters
+
+void KeepSmallStorage(CString& text, size_t needed) {
+    if (text.capacity() > kKeptStorage && needed < text.capacity() / 4) CString().swap(text);
+}
 }  // namespace
 
 long CVarBase::HeldObjectCount() { return g_heldObjects.load(std::memory_order_relaxed); }
@@ -57,7 +65,10 @@ void CVarBase::Clear() {
         g_heldObjects.fetch_sub(1, std::memory_order_relaxed);
         m_object->Release();
     }
-    if (m_vt == VT_BSTR) m_str.clear();
+    if (m_vt == VT_BSTR) {
+        m_str.clear();
+        KeepSmallStorage(m_str, 0);
+    }
     m_vt = VT_EMPTY;
     m_double = 0;
 }
@@ -72,7 +83,7 @@ void CVarBase::CopyValueFrom(const CVarBase& other) {
     Clear();
     m_vt = other.m_vt;
     std::memcpy(&m_double, &other.m_double, sizeof m_double);
-    if (m_vt == VT_BSTR) m_str = other.m_str;
+    if (m_vt == VT_BSTR) m_str = other.m_str;   // Clear has let go of large storage
 }
 
 void CVarBase::SetValue(const char16_t* text) {
@@ -91,6 +102,7 @@ void CVarBase::SetValue(CString&& text) {
 
 void CVarBase::SetValue(const CString& text) {
     if (m_vt == VT_BSTR) {
+        KeepSmallStorage(m_str, text.size());
         m_str = text;   // reuses the existing capacity
         return;
     }

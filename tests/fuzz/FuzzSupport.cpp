@@ -35,10 +35,11 @@ std::string Environment::Write(const std::string& name, const uint8_t* data, siz
 
 void ApplySmallBudgets(COrvoBasic& script) {
     Budgets budgets;
-    budgets.maxSteps = 3000;
-    budgets.timeoutMs = 500;
+    budgets.maxSteps = 1000;
+    budgets.timeoutMs = 250;
     budgets.maxDepth = 64;
-    budgets.maxCells = 20000;
+    budgets.maxCells = 5000;
+    budgets.maxMemory = 8'000'000;
     script.SetBudgets(budgets);
 }
 

@@ -37,8 +37,8 @@ private:
     std::string m_dir;
 };
 
-// Small budgets: an input ends after a few thousand statements, a fraction
-// of a second, shallow recursion and modest variables.
+// Small budgets: an input ends after a thousand statements, a quarter of a
+// second, shallow recursion, a few thousand cells or a few megabytes.
 void ApplySmallBudgets(COrvoBasic& script);
 
 }  // namespace ob::fuzz
