@@ -27,7 +27,9 @@ bool COrvoBasic::BindParameters(CArgArray& args) {
             ReportError(24);
             return false;
         }
-        CopyVariable(m_token, args[i], false);
+        uint32_t at = m_pos - static_cast<uint32_t>(m_token.size());
+        if (CBasicVariable* var = FindVariableAt(at, m_token)) var->Set(args[i]);
+        else CopyVariable(m_token, args[i], false);
         get_token();
         if (m_token == u")") return true;
         if (m_token != u",") {
@@ -124,7 +126,6 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
         return false;
     }
     int bodyPosition = desc.bodyPosition;
-    CString lower = desc.name;
     CallScope scope{*this, m_stmtPos, m_exprDepth, m_transientBase};
     m_transientBase = m_transient;
     m_exprDepth = 0;   // expression nesting is counted per function body
@@ -133,7 +134,7 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
     ++m_scopeLevel;
     PushPosition(m_pos);
     Rewind(static_cast<uint32_t>(bodyPosition));
-    VariableUndefine(lower);
+    UndefineLocal(static_cast<uint32_t>(bodyPosition), desc.name);
     bool ok = BindParameters(args) && RunFunctionBody();
     m_callChain.pop_back();   // what follows (the result) belongs to the caller's statement
     scope.chainPopped = true;
