@@ -248,6 +248,7 @@ public:
     bool EventRemove(const CString& event);
     bool EventThrow(const CString& event, CArgArray& args);
     bool EventThrow(const CString& event, CBasicVariable* arg);
+    bool EventThrow(const CString& event, CArgArray& args, CBasicVariable& lastResult);
     bool EventsFree();
 
     // ---- variable store (public for hosts) ----
@@ -532,6 +533,9 @@ public:
     bool ExecAlterControl();
     bool ExecSetFocus();
     bool ExecGetControlValue(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    // windows of the session registry
+    bool ExecWindowHandle(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
+    bool ExecCopyData(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
     // The control with this id in the innermost running dialog, or 0.
     ob::ui::WindowHandle GetControlWindow(int id);
     bool GetControlValue(ob::ui::WindowHandle control, CBasicVariable& result);
@@ -758,6 +762,9 @@ private:
     int m_errorOsError = 0;
     ErrorHandler m_errorHandler;
     unsigned m_capabilities = OB_CAP_ALL;
+    // The next script function called as a statement keeps its value for
+    // the caller when it assigned one (an event whose answer is wanted).
+    bool m_keepCallResult = false;
     PathResolver m_pathResolver;
     LineHook m_lineHook;
     std::vector<ob::CallFrame> m_callChain;

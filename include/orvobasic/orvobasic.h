@@ -57,6 +57,7 @@
 #include <orvobasic/automation.h>
 #include <orvobasic/codepage.h>
 #include <orvobasic/hostcontrol.h>
+#include <orvobasic/session.h>
 #include <orvobasic/sources.h>
 
 #ifdef __cplusplus

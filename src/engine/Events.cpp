@@ -10,6 +10,9 @@ using namespace ob;
 
 namespace {
 
+// Where the results of events raised without a result variable would go.
+thread_local CBasicVariable t_discarded;
+
 CString Lower(const CString& text) {
     CString lower = text;
     lower.MakeLower();
@@ -63,9 +66,14 @@ bool COrvoBasic::EventRemove(const CString& event) { return m_events->handlers.e
 // "OnStop" event): the stop flag is cleared for each one, and a handler that
 // executes "end" stops the main program when that is still running.
 // An event without handlers does nothing.
-bool COrvoBasic::EventThrow(const CString& event, CArgArray& args) {
+bool COrvoBasic::EventThrow(const CString& event, CArgArray& args) { return EventThrow(event, args, t_discarded); }
+
+// The same, keeping what the last handler returned in `lastResult` (left
+// as it was when no handler runs).
+bool COrvoBasic::EventThrow(const CString& event, CArgArray& args, CBasicVariable& lastResult) {
     auto it = m_events->handlers.find(Lower(event));
     if (it == m_events->handlers.end() || it->second.empty()) return true;
+    const bool keepResult = &lastResult != &t_discarded;
     const std::vector<CString> handlers = it->second;   // a handler may change the table
 
     // Everything a nested run of statements overwrites, restored on the way out.
@@ -98,8 +106,11 @@ bool COrvoBasic::EventThrow(const CString& event, CArgArray& args) {
         // arguments) are shown on the handler's definition line.
         CFuncDesc desc;
         if (programEnded && LookupFunction(name, desc, true) == FT_USER) m_stmtPos = desc.bodyPosition;
-        CBasicVariable unused;
-        ExecUserFunction(name, unused, args, true);
+        CBasicVariable result;
+        m_keepCallResult = keepResult;
+        ExecUserFunction(name, result, args, true);
+        m_keepCallResult = false;
+        if (keepResult) lastResult = result;
         if (m_operands.size() > saved.operands) m_operands.resize(saved.operands);
     }
     return true;

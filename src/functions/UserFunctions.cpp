@@ -6,6 +6,8 @@
 #include "platform/LargeStack.h"
 #include "platform/StackGuard.h"
 
+#include <utility>
+
 using namespace ob;
 
 // Binds the arguments to the parameter names of the definition; surplus
@@ -116,6 +118,7 @@ struct COrvoBasic::CallScope {
 // then back. Its value is the variable bearing its name at its level.
 bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, CBasicVariable& result,
                                     CArgArray& args, bool isCall) {
+    bool keepResult = std::exchange(m_keepCallResult, false);
     if (m_halted || StopRequestedAtJump()) return false;
     if (m_budgets.maxDepth && m_callDepth >= m_budgets.maxDepth) {
         EndRun(OB_E_DEPTH);
@@ -141,7 +144,11 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
     m_stmtPos = scope.callerStatement;
     m_exprAbandoned = m_halted;
     m_exprDepth = scope.callerExprDepth;
-    if (!ok || isCall) return ok;
+    if (!ok || isCall) {
+        if (ok && keepResult)
+            if (CBasicVariable* var = FindVariable(lower)) result = *var;
+        return ok;
+    }
     CString resultName = name;
     if (CBasicVariable* var = FindVariable(resultName)) {
         if (!MayAllocate(static_cast<uint64_t>(var->ChargedBytes()))) return false;

@@ -108,6 +108,35 @@ bool CScriptWindowEvents::OnNotify(uintptr_t wParam, const ui::NotifyHeader* hea
     return false;
 }
 
+void CScriptWindowEvents::OnEventAborted() {
+    m_aborted = true;
+    if (m_hWnd) Desk().EndDialog(m_hWnd, ui::IDC_CANCEL);
+}
+
+void CScriptDialog::OnCreate(ui::WindowHandle window) {
+    CScriptWindowEvents::OnCreate(window);
+    PublishScriptWindow(*m_basic, *this);
+}
+
+void CScriptDialog::OnDestroy() {
+    UnpublishScriptWindow(*this);
+    CScriptWindowEvents::OnDestroy();
+}
+
+void CScriptSheet::OnCreate(ui::WindowHandle window) {
+    CScriptWindow::OnCreate(window);
+    PublishScriptWindow(*m_basic, *this);
+}
+
+void CScriptSheet::OnDestroy() {
+    UnpublishScriptWindow(*this);
+    CScriptWindow::OnDestroy();
+}
+
+void CScriptSheet::OnEventAborted() {
+    if (m_hWnd) m_basic->Desktop().EndDialog(m_hWnd, ui::IDC_CANCEL);
+}
+
 void CScriptDialog::OnOK() {
     if (m_hWnd) Desk().EndDialog(m_hWnd, ui::IDC_OK);
 }

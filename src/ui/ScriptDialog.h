@@ -4,6 +4,7 @@
 // list of running dialogs and sheets, and the fonts "alter" made.
 #pragma once
 
+#include "ui/DialogPublication.h"
 #include "ui/DialogTemplate.h"
 
 #include <orvobasic/COrvoBasic.h>
@@ -27,15 +28,28 @@ public:
     bool OnCommand(uintptr_t, intptr_t) override { return false; }
     bool OnNotify(uintptr_t, const ui::NotifyHeader*) override { return false; }
     void OnDestroy() override { m_hWnd = 0; }
+    // A handler raised outside the window's own events (a copy-data
+    // message) was aborted.
+    virtual void OnEventAborted() {}
 
     ui::WindowHandle m_hWnd = 0;
+    // Set while a top-level window is listed in the session registry.
+    std::unique_ptr<CDialogPublication> m_publication;
 };
+
+// Lists a dialog or sheet in the session registry under its caption, and
+// withdraws it.
+void PublishScriptWindow(COrvoBasic& basic, CScriptWindow& window);
+void UnpublishScriptWindow(CScriptWindow& window);
 
 // A property sheet: only its window, and whether the script still runs.
 class CScriptSheet : public CScriptWindow {
 public:
     explicit CScriptSheet(COrvoBasic* basic) : m_basic(basic) {}
     bool Abandoned() const override { return m_basic->RunAbandoned(); }
+    void OnCreate(ui::WindowHandle window) override;
+    void OnDestroy() override;
+    void OnEventAborted() override;
 
 private:
     COrvoBasic* m_basic;
@@ -54,6 +68,7 @@ public:
     bool OnNotify(uintptr_t wParam, const ui::NotifyHeader* header) override;
     void OnDestroy() override;
     bool Abandoned() const override;
+    void OnEventAborted() override;
     virtual void OnOK() {}
     virtual void OnCancel() {}
 
@@ -72,6 +87,8 @@ protected:
 class CScriptDialog : public CScriptWindowEvents {
 public:
     using CScriptWindowEvents::CScriptWindowEvents;
+    void OnCreate(ui::WindowHandle window) override;
+    void OnDestroy() override;
     void OnOK() override;
     void OnCancel() override;
 };

@@ -248,6 +248,12 @@ int ParseOption(int argc, char** argv, int& i, Options& options) {
             return UsageError("--resident-timeout takes a number of seconds");
         return -1;
     }
+    if (std::strncmp(arg, "--copydata-timeout=", 19) == 0) {
+        int ms = 0;
+        if (!ParseSeconds(arg + 19, ms) || ms < 1) return UsageError("--copydata-timeout takes a number of seconds");
+        OB_SetCopyDataTimeout(ms);
+        return -1;
+    }
     return UsageError(std::string("unknown option ") + arg);
 }
 
