@@ -129,6 +129,7 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
         return false;
     }
     int bodyPosition = desc.bodyPosition;
+    CString lower = desc.name;
     CallScope scope{*this, m_stmtPos, m_exprDepth, m_transientBase};
     m_transientBase = m_transient;
     m_exprDepth = 0;   // expression nesting is counted per function body
@@ -137,7 +138,7 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
     ++m_scopeLevel;
     PushPosition(m_pos);
     Rewind(static_cast<uint32_t>(bodyPosition));
-    UndefineLocal(static_cast<uint32_t>(bodyPosition), desc.name);
+    UndefineLocal(static_cast<uint32_t>(bodyPosition), lower);
     bool ok = BindParameters(args) && RunFunctionBody();
     m_callChain.pop_back();   // what follows (the result) belongs to the caller's statement
     scope.chainPopped = true;
