@@ -20,7 +20,7 @@ help:
 	@echo "make asan   deps, then build and test with AddressSanitizer + UBSan (build/asan)"
 	@echo "make tsan   deps, then build and run the host and thread tests under ThreadSanitizer (build/tsan)"
 	@echo "make fuzz   deps + clang, then fuzz each target for FUZZ_SECONDS (default 60) with ASan + UBSan (build/fuzz)"
-	@echo "make bench  build, then time the scripts in bench/"
+	@echo "make bench  peers + build, then time bench/ against lua5.4, yabasic and brandy"
 	@echo "make install PREFIX=DIR  build, then install under DIR (default /usr/local; DESTDIR honoured)"
 	@echo "make clean  remove the build directories"
 
@@ -71,7 +71,12 @@ fuzz:
 	@bash scripts/install-deps.sh --fuzz
 	@bash tests/fuzz/run_fuzz.sh $(FUZZ_SECONDS)
 
-bench: build
+BENCH_REPS ?= 3
+
+bench:
+	@bash scripts/install-deps.sh --bench
+	$(call configure_and_build,default)
+	@python3 bench/compare.py build/default/orvobasic --reps $(BENCH_REPS) || true
 	@bash bench/run_bench.sh
 
 clean:

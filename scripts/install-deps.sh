@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages needed to build and test OrvoBasic.
 # With --fuzz, also what `make fuzz` needs (clang and its libFuzzer runtime).
+# With --bench, also the interpreters `make bench` times ours against.
 # Idempotent: asks dpkg which packages are missing and touches apt only then,
 # so a second run on a ready machine prints one line and changes nothing.
 set -euo pipefail
@@ -9,6 +10,8 @@ set -euo pipefail
 PACKAGES="g++ make cmake ninja-build libgtest-dev libgmock-dev pkg-config python3 libffi-dev python3-dbfread locales libedit-dev nettle-dev qt6-base-dev xvfb xauth fonts-dejavu-core libcanberra-dev"
 # Only for `make fuzz`: the fuzz targets are built with clang's libFuzzer.
 FUZZ_PACKAGES="clang libclang-rt-14-dev"
+# Only for `make bench`: the interpreters the benchmarks compare with.
+BENCH_PACKAGES="lua5.4 yabasic brandy"
 
 # Prints the packages of $PACKAGES that dpkg does not report as installed.
 missing_packages() {
@@ -45,6 +48,9 @@ ensure_test_locale() {
 main() {
   if [[ "${1:-}" == "--fuzz" ]]; then
     PACKAGES="$PACKAGES $FUZZ_PACKAGES"
+  fi
+  if [[ "${1:-}" == "--bench" ]]; then
+    PACKAGES="$PACKAGES $BENCH_PACKAGES"
   fi
   local missing
   missing=$(missing_packages | tr '\n' ' ')

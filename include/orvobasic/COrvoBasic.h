@@ -122,6 +122,7 @@ struct CStackData {
     double value = 0;      // limit of a "for"
     uint32_t position = 0; // where the loop goes back to
     bool inUse = false;
+    const void* binding = nullptr;   // the store binding "next" found `name` in, once it has
 };
 
 class CUserTypes;
@@ -430,6 +431,7 @@ public:
     bool ExecElse();
     bool ExecFor();
     bool ExecNext();
+    bool ExecNextByName();
     bool ExecDoWhile();
     bool ExecLoop();
     bool ExecGosub();
@@ -655,18 +657,46 @@ private:
         ob::KEYWORD_TYPE keyword;     // secondary keyword, or KW_NONE
         int dot;                      // index of the first point, or -1
     };
-    struct VarCacheEntry {
-        uint64_t generation;
-        unsigned level;
-        CBasicVariable* variable;
-        const CString* key;           // the map's key for it, valid as long as the entry
+    // One name of the variable store (a global's spelling, or a local's
+    // lower-case name with its level suffix) and the variable it names now,
+    // or null. Kept for the interpreter's life so that the facts of a text
+    // position can point at it: creating or deleting a variable updates its
+    // binding instead of invalidating every remembered lookup.
+    struct Binding {
+        CBasicVariable* variable = nullptr;
+        const CString* key = nullptr;   // the store's key (the map node's own)
+    };
+    // A lower-cased name and its local binding at each scope level, made the
+    // first time a level looks it up.
+    struct Symbol {
+        const CString* lower = nullptr;
+        std::vector<Binding*> byLevel;
+    };
+    // What is known about the token starting at one text position.
+    struct PositionFacts {
+        IdentInfo ident{};
+        bool hasIdent = false;
+        bool hasNumber = false;
+        double number = 0;
+        Binding* global = nullptr;    // the name as written, looked up as a global
+        Symbol* local = nullptr;      // the name as a local
+        Symbol* result = nullptr;     // at a function's body: the local bearing its name
     };
     const IdentInfo& IdentAt(uint32_t start);
     CBasicVariable* FindVariableAt(uint32_t position, const CString& name, const CString** key = nullptr);
+    PositionFacts& FactsAt(uint32_t position) {
+        if (position < m_factIndex.size() && m_factIndex[position] != 0) return m_facts[m_factIndex[position] - 1];
+        return NewFactsAt(position);
+    }
+    PositionFacts& NewFactsAt(uint32_t position);
+    bool UndefineLocal(uint32_t position, const CString& lowerName);
+    Binding& BindingFor(const CString& key);
+    Binding& LocalBinding(Symbol& symbol);
+    void Unbind(const CString& key);
     const CString& LevelSuffix(unsigned level);
     void ForgetTextCaches();
-    std::unordered_map<uint32_t, IdentInfo> m_identCache;
-    std::unordered_map<uint32_t, double> m_numberCache;
+    std::vector<uint32_t> m_factIndex;    // per text position: 1 + index into m_facts, 0 for none
+    std::vector<PositionFacts> m_facts;
     struct PairEnd {
         uint32_t position;
         ob::BASIC_TOKEN_TYPE tokenType;
@@ -676,8 +706,8 @@ private:
     std::unordered_map<uint64_t, PairEnd> m_pairCache;   // FindLastPair answers by start
     std::unordered_map<uint64_t, uint32_t> m_blockEnds;  // inner blocks: opener -> after its closer
     static uint64_t BlockKey(uint32_t opener, ob::COMMAND_TYPE open) { return (uint64_t{opener} << 6) | open; }
-    std::unordered_map<uint32_t, VarCacheEntry> m_varCache;
-    uint64_t m_varGeneration = 1;     // bumped whenever a variable is created or deleted
+    std::unordered_map<CString, Binding, ob::CStringHash> m_bindings;
+    std::unordered_map<CString, Symbol, ob::CStringHash> m_symbols;
     std::vector<CString> m_levelSuffixes;
     mutable CString m_lowerScratch;
 

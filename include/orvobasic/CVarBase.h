@@ -85,7 +85,7 @@ public:
 private:
     static const CString& EmptyString();
     static size_t TextBytes(const CString& s) {
-        static const size_t inlineCapacity = CString().capacity();
+        static constexpr size_t inlineCapacity = std::u16string().capacity();
         return s.capacity() > inlineCapacity ? (s.capacity() + 1) * sizeof(char16_t) : 0;
     }
     void CopyValueFrom(const CVarBase& other);

@@ -96,9 +96,8 @@ int COrvoBasic::LineOfPosition(uint32_t position) const {
 }
 
 void COrvoBasic::ForgetTextCaches() {
-    m_identCache.clear();
-    m_numberCache.clear();
-    m_varCache.clear();
+    m_factIndex.clear();
+    m_facts.clear();
     m_pairCache.clear();
     m_blockEnds.clear();
 }

@@ -171,7 +171,32 @@ bool COrvoBasic::ExecFor() {
     return true;
 }
 
+// Steps the loop variable of the innermost "for". Once the variable has been
+// found by name, the entry keeps its binding and the entry stays on the
+// stack while the loop goes on; a variable with a watch takes the path by
+// name, on which its handler sees the stack without the entry.
 bool COrvoBasic::ExecNext() {
+    if (m_flowStack.empty()) return ExecNextByName();
+    CStackData& top = m_flowStack.back();
+    CBasicVariable* var = top.binding ? static_cast<const Binding*>(top.binding)->variable : nullptr;
+    if (!var || var->HasChangeEvent()) return ExecNextByName();
+    if (!var->Increment()) {
+        m_flowStack.pop_back();
+        return false;
+    }
+    if (var->GetNumberValue() > top.value) {
+        m_flowStack.pop_back();
+        return true;
+    }
+    if (m_stopRequested.load(std::memory_order_relaxed)) {
+        m_flowStack.pop_back();
+        return !StopRequestedAtJump();
+    }
+    Rewind(top.position);
+    return true;
+}
+
+bool COrvoBasic::ExecNextByName() {
     CStackData entry;
     if (!PopFromStack(entry)) {
         ReportError(55);
@@ -182,6 +207,7 @@ bool COrvoBasic::ExecNext() {
         ReportError(55);
         return false;
     }
+    entry.binding = &BindingFor(entry.name);   // the name is now the store's key
     if (!var->Increment()) return false;
     if (var->GetNumberValue() > entry.value) return true;
     if (StopRequestedAtJump()) return false;

@@ -59,7 +59,9 @@ bool COrvoBasic::LongOperationAllowed(uint64_t bytes, uint64_t work) {
 void COrvoBasic::AdoptVariable(const CString& key, std::unique_ptr<CBasicVariable> variable) {
     int64_t keyBytes = static_cast<int64_t>((key.capacity() + 1) * sizeof(char16_t)) + kEntryOverhead;
     variable->AttachMeter(&m_meter, keyBytes);
-    m_variables[key] = std::move(variable);
+    std::unique_ptr<CBasicVariable>& slot = m_variables[key];
+    slot = std::move(variable);
+    BindingFor(key).variable = slot.get();
 }
 
 // The run ends as a budget ends it. Whatever the failed allocation was for

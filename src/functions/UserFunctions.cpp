@@ -29,7 +29,9 @@ bool COrvoBasic::BindParameters(CArgArray& args) {
             ReportError(24);
             return false;
         }
-        CopyVariable(m_token, args[i], false);
+        uint32_t at = m_pos - static_cast<uint32_t>(m_token.size());
+        if (CBasicVariable* var = FindVariableAt(at, m_token)) var->Set(args[i]);
+        else CopyVariable(m_token, args[i], false);
         get_token();
         if (m_token == u")") return true;
         if (m_token != u",") {
@@ -136,7 +138,7 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
     ++m_scopeLevel;
     PushPosition(m_pos);
     Rewind(static_cast<uint32_t>(bodyPosition));
-    VariableUndefine(lower);
+    UndefineLocal(static_cast<uint32_t>(bodyPosition), lower);
     bool ok = BindParameters(args) && RunFunctionBody();
     m_callChain.pop_back();   // what follows (the result) belongs to the caller's statement
     scope.chainPopped = true;

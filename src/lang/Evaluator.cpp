@@ -162,10 +162,12 @@ void COrvoBasic::primitive(CBasicVariable& result) {
     case NUMBER: {
         m_operands.emplace_back();
         uint32_t start = m_pos - static_cast<uint32_t>(m_token.size());
-        auto cached = m_numberCache.find(start);
-        if (cached == m_numberCache.end())
-            cached = m_numberCache.emplace(start, platform::ParseDouble(m_token)).first;
-        result.SetValue(cached->second);
+        PositionFacts& facts = FactsAt(start);
+        if (!facts.hasNumber) {
+            facts.number = platform::ParseDouble(m_token);
+            facts.hasNumber = true;
+        }
+        result.SetValue(facts.number);
         get_token();
         return;
     }

@@ -4,6 +4,8 @@
 
 #include "platform/CharClass.h"
 
+#include <algorithm>
+
 using namespace ob;
 namespace pf = ob::platform;
 
@@ -92,16 +94,29 @@ void COrvoBasic::ReadIdentifier() {
     m_token.assign(m_text, start, m_pos - start);
 }
 
+// The facts of a text position, made empty on first use. Positions index a
+// flat table, so that a loop finds what it learned without hashing.
+COrvoBasic::PositionFacts& COrvoBasic::NewFactsAt(uint32_t position) {
+    if (position >= m_factIndex.size()) m_factIndex.resize(std::max<size_t>(m_length, position) + 1, 0);
+    uint32_t& slot = m_factIndex[position];
+    if (slot == 0) {
+        m_facts.emplace_back();
+        slot = static_cast<uint32_t>(m_facts.size());
+    }
+    return m_facts[slot - 1];
+}
+
 // The identifier starting at `start`: where it ends and what the fixed
 // vocabulary makes of it, computed on first sight.
 const COrvoBasic::IdentInfo& COrvoBasic::IdentAt(uint32_t start) {
-    auto it = m_identCache.find(start);
-    if (it != m_identCache.end()) return it->second;
+    PositionFacts& facts = FactsAt(start);
+    if (facts.hasIdent) return facts.ident;
     uint32_t end = start;
     while (end < m_endIndex && !IsDelimiterChar(m_text[end])) ++end;
     CString word(m_text.substr(start, end - start));
-    IdentInfo info{end, LookupCommand(word), LookupKeyword(word), word.Find(u'.')};
-    return m_identCache.emplace(start, info).first->second;
+    facts.ident = IdentInfo{end, LookupCommand(word), LookupKeyword(word), word.Find(u'.')};
+    facts.hasIdent = true;
+    return facts.ident;
 }
 
 // Classifies an identifier: label, statement word, function call, member

@@ -39,28 +39,68 @@ void COrvoBasic::AddScopeLevelExtension(CString& name) {
     name += LevelSuffix(m_scopeLevel);
 }
 
-// FindVariable for a name read at a fixed text position: the answer is kept
-// until a variable is created or deleted or the scope level differs.
+// The binding of a store key, made (unbound) on first use.
+COrvoBasic::Binding& COrvoBasic::BindingFor(const CString& key) {
+    auto [it, inserted] = m_bindings.try_emplace(key);
+    if (inserted) it->second.key = &it->first;
+    return it->second;
+}
+
+// The binding of the symbol's local at the current scope level.
+COrvoBasic::Binding& COrvoBasic::LocalBinding(Symbol& symbol) {
+    unsigned level = m_scopeLevel;
+    if (symbol.byLevel.size() <= level) symbol.byLevel.resize(level + 1, nullptr);
+    Binding*& binding = symbol.byLevel[level];
+    if (!binding) {
+        CString& key = m_scratchName;
+        key.assign(*symbol.lower);
+        key += LevelSuffix(level);
+        binding = &BindingFor(key);
+    }
+    return *binding;
+}
+
+// A variable left the store: its binding names nothing any more.
+void COrvoBasic::Unbind(const CString& key) {
+    auto it = m_bindings.find(key);
+    if (it != m_bindings.end()) it->second.variable = nullptr;
+}
+
+// VariableUndefine of a function's own name, whose definition is at
+// `position`: the binding tells whether there is anything to remove.
+bool COrvoBasic::UndefineLocal(uint32_t position, const CString& lowerName) {
+    PositionFacts& facts = FactsAt(position);
+    if (!facts.result) {
+        CString lower = lowerName;
+        lower.MakeLower();
+        auto [it, inserted] = m_symbols.try_emplace(std::move(lower));
+        if (inserted) it->second.lower = &it->first;
+        facts.result = &it->second;
+    }
+    Binding& binding = LocalBinding(*facts.result);
+    if (!binding.variable) return false;
+    m_variables.erase(*binding.key);
+    binding.variable = nullptr;
+    return true;
+}
+
+// FindVariable for a name read at a fixed text position: the global of that
+// spelling when there is one, else the local of the current level. The two
+// bindings are found once per position (and level), then only read.
 // `key`, when given, receives the name the variable is stored under.
 CBasicVariable* COrvoBasic::FindVariableAt(uint32_t position, const CString& name, const CString** key) {
-    auto it = m_varCache.find(position);
-    if (it == m_varCache.end() || it->second.generation != m_varGeneration || it->second.level != m_scopeLevel) {
-        VarCacheEntry entry{m_varGeneration, m_scopeLevel, nullptr, nullptr};
-        auto found = m_variables.find(name);
-        if (found == m_variables.end()) {
-            CString& local = m_scratchName;
-            local.assign(name);
-            AddScopeLevelExtension(local);
-            found = m_variables.find(local);
-        }
-        if (found != m_variables.end()) {
-            entry.variable = found->second.get();
-            entry.key = &found->first;
-        }
-        it = m_varCache.insert_or_assign(position, entry).first;
+    PositionFacts& facts = FactsAt(position);
+    if (!facts.global) {
+        facts.global = &BindingFor(name);
+        CString lower = name;
+        lower.MakeLower();
+        auto [it, inserted] = m_symbols.try_emplace(std::move(lower));
+        if (inserted) it->second.lower = &it->first;
+        facts.local = &it->second;
     }
-    if (key) *key = it->second.key;
-    return it->second.variable;
+    const Binding* binding = facts.global->variable ? facts.global : &LocalBinding(*facts.local);
+    if (key) *key = binding->variable ? binding->key : nullptr;
+    return binding->variable;
 }
 
 CBasicVariable* COrvoBasic::FindVariable(CString& name) {
@@ -114,7 +154,6 @@ bool COrvoBasic::SetVariableDirect(const CString& name, const CBasicVariable& va
     }
     if (!global) AddScopeLevelExtension(key);
     AdoptVariable(key, std::make_unique<CBasicVariable>(value));
-    ++m_varGeneration;
     return true;
 }
 
@@ -126,7 +165,6 @@ bool COrvoBasic::CopyVariable(const CString& name, const CBasicVariable& value, 
     }
     if (!global) AddScopeLevelExtension(key);
     AdoptVariable(key, std::make_unique<CBasicVariable>(value));
-    ++m_varGeneration;
     return true;
 }
 
@@ -140,7 +178,6 @@ bool COrvoBasic::SetVariableSize(const CString& name, int size, bool global) {
     auto var = std::make_unique<CBasicVariable>();
     if (size > 1) var->SetArraySize(size);
     AdoptVariable(key, std::move(var));
-    ++m_varGeneration;
     return true;
 }
 
@@ -148,8 +185,9 @@ bool COrvoBasic::SetVariableSize(const CString& name, int size, bool global) {
 bool COrvoBasic::VariableUndefine(const CString& name) {
     CString key = name;
     AddScopeLevelExtension(key);
-    ++m_varGeneration;
-    return m_variables.erase(key) == 1;
+    if (m_variables.erase(key) != 1) return false;
+    Unbind(key);
+    return true;
 }
 
 int COrvoBasic::GetVariableSize(const CString& name) {
@@ -191,7 +229,7 @@ bool COrvoBasic::GetIndex(int& index) {
 }
 
 bool COrvoBasic::VariablesFree() {
-    ++m_varGeneration;
+    for (auto& entry : m_bindings) entry.second.variable = nullptr;
     m_variables.clear();
     return true;
 }
@@ -264,13 +302,13 @@ bool COrvoBasic::ExecGarbageCollection(CBasicVariable& result, CArgArray&, FUNCT
     for (auto it = m_variables.begin(); it != m_variables.end();) {
         const CString& key = it->first;
         if (key.size() > suffix.size() && key.compare(key.size() - suffix.size(), suffix.size(), suffix) == 0) {
+            Unbind(key);
             it = m_variables.erase(it);
             ++removed;
         } else {
             ++it;
         }
     }
-    ++m_varGeneration;
     result.SetValue(removed);
     return true;
 }
