@@ -9,42 +9,13 @@ namespace ob::ui {
 
 namespace {
 
-bool SameClass(const CString& a, const char16_t* b) {
-    CString x = a, y = b;
-    return x.MakeLower() == y.MakeLower();
-}
-
-const char16_t* TextParam(intptr_t lParam) {
-    const char16_t* text = reinterpret_cast<const char16_t*>(lParam);
-    return text ? text : u"";
-}
-
-CString* TextOut(intptr_t lParam) { return reinterpret_cast<CString*>(lParam); }
+using common::FindPrefix;
+using common::ItemText;
+using common::TextOut;
+using common::TextParam;
 
 bool Valid(const std::vector<CString>& items, intptr_t index) {
     return index >= 0 && static_cast<size_t>(index) < items.size();
-}
-
-// The first item from after `start` on (wrapping round) that begins with
-// `prefix`, ignoring case; -1 when none does.
-int FindPrefix(const std::vector<CString>& items, intptr_t start, const CString& prefix) {
-    CString lowerPrefix = prefix;
-    lowerPrefix.MakeLower();
-    size_t n = items.size();
-    size_t first = Valid(items, start) ? static_cast<size_t>(start) + 1 : 0;
-    for (size_t k = 0; k < n; ++k) {
-        size_t i = (first + k) % n;
-        CString lower = items[i];
-        lower.MakeLower();
-        if (lower.compare(0, lowerPrefix.size(), lowerPrefix) == 0) return static_cast<int>(i);
-    }
-    return -1;
-}
-
-intptr_t GetItemText(const std::vector<CString>& items, uintptr_t index, intptr_t lParam) {
-    if (!Valid(items, static_cast<intptr_t>(index))) return LB_ERR;
-    if (CString* out = TextOut(lParam)) *out = items[index];
-    return static_cast<intptr_t>(items[index].size());
 }
 
 bool IsMulti(const Window& w) { return (w.style & LBS_MULTIPLESEL) != 0; }
@@ -78,7 +49,7 @@ intptr_t ListBoxMessage(Window& w, unsigned message, uintptr_t wParam, intptr_t 
     case LB_GETSEL:
         if (!Valid(c.items, index)) return LB_ERR;
         return IsMulti(w) ? (c.selected[wParam] ? 1 : 0) : (index == c.current ? 1 : 0);
-    case LB_GETTEXT: return GetItemText(c.items, wParam, lParam);
+    case LB_GETTEXT: return ItemText(c.items, wParam, lParam);
     case LB_GETCOUNT: return static_cast<intptr_t>(c.items.size());
     case LB_SELECTSTRING: {
         if (IsMulti(w)) return LB_ERR;
@@ -105,7 +76,7 @@ intptr_t ComboBoxMessage(Window& w, unsigned message, uintptr_t wParam, intptr_t
         c.current = Valid(c.items, index) ? static_cast<int>(index) : -1;
         return c.current >= 0 ? c.current : LB_ERR;
     case CB_GETCURSEL: return c.current;
-    case CB_GETLBTEXT: return GetItemText(c.items, wParam, lParam);
+    case CB_GETLBTEXT: return ItemText(c.items, wParam, lParam);
     case CB_GETCOUNT: return static_cast<intptr_t>(c.items.size());
     case CB_SELECTSTRING: {
         int found = FindPrefix(c.items, index, TextParam(lParam));
@@ -270,21 +241,6 @@ intptr_t SliderMessage(Window& w, unsigned message, uintptr_t, intptr_t lParam) 
     }
 }
 
-bool IsLeap(int y) { return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0; }
-
-}  // namespace
-
-// Dates the picker accepts: years 100 to 9999, real days, times of day.
-bool ValidTime(const SystemTime& t) {
-    static const int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    if (t.year < 100 || t.year > 9999 || t.month < 1 || t.month > 12 || t.day < 1) return false;
-    int days = kDays[t.month - 1] + (t.month == 2 && IsLeap(t.year) ? 1 : 0);
-    return t.day <= days && t.hour >= 0 && t.hour < 24 && t.minute >= 0 && t.minute < 60 && t.second >= 0 &&
-           t.second < 60;
-}
-
-namespace {
-
 intptr_t DateTimeMessage(Window& w, unsigned message, uintptr_t, intptr_t lParam) {
     if (message == DTM_GETSYSTEMTIME) {
         if (auto* out = reinterpret_cast<SystemTime*>(lParam)) *out = w.control.time;
@@ -315,30 +271,6 @@ const TypeHandler kHandlers[] = {
 };
 
 }  // namespace
-
-ControlType ControlTypeOf(const CString& className, uint32_t style) {
-    if (SameClass(className, u"Button")) {
-        switch (style & BS_TYPEMASK) {
-        case BS_CHECKBOX: case BS_AUTOCHECKBOX: case BS_3STATE: case BS_AUTO3STATE: return ControlType::CheckBox;
-        case BS_RADIOBUTTON: case BS_AUTORADIOBUTTON: return ControlType::RadioButton;
-        case BS_GROUPBOX: return ControlType::GroupBox;
-        default: return ControlType::PushButton;
-        }
-    }
-    struct Named {
-        const char16_t* name;
-        ControlType type;
-    };
-    static const Named kNamed[] = {
-        {u"Edit", ControlType::Edit}, {u"Static", ControlType::Static}, {u"ListBox", ControlType::ListBox},
-        {u"ComboBox", ControlType::ComboBox}, {u"SysDateTimePick32", ControlType::DateTime},
-        {u"SysTreeView32", ControlType::TreeView}, {u"msctls_trackbar32", ControlType::Slider},
-        {u"SysTabControl32", ControlType::TabControl},
-    };
-    for (const Named& n : kNamed)
-        if (SameClass(className, n.name)) return n.type;
-    return ControlType::Other;
-}
 
 intptr_t ControlMessage(Window& control, unsigned message, uintptr_t wParam, intptr_t lParam) {
     for (const TypeHandler& h : kHandlers)

@@ -2,6 +2,8 @@
 // pages and controls, each control with the state its real counterpart keeps.
 #pragma once
 
+#include "ui/WindowRules.h"
+
 #include <orvobasic/desktop.h>
 #include <orvobasic/dialogs.h>
 
@@ -9,12 +11,6 @@
 #include <vector>
 
 namespace ob::ui {
-
-// What a control is, decided from its class and style when it is created.
-enum class ControlType {
-    PushButton, CheckBox, RadioButton, GroupBox, Edit, Static, ListBox, ComboBox,
-    DateTime, TreeView, Slider, TabControl, Other,
-};
 
 struct TreeNode {
     TreeItem handle;
@@ -38,54 +34,27 @@ struct ControlState {
     bool notifying = false;               // an EN_CHANGE of this control is being delivered
 };
 
-enum class WindowType { Dialog, Sheet, Page, Control, Prompt };
-
-// The prompts a script shows without a dialog of its own.
-enum class PromptKind { None, Question, Menu, File };
-
-struct Window {
-    WindowType type = WindowType::Control;
-    WindowHandle handle = 0;
-    Window* parent = nullptr;
-    CString className;
-    CString text;
-    uint32_t style = 0;
-    int id = 0;
+// An in-memory window: the common part, whether it is shown and enabled,
+// and its control state.
+struct Window : WindowCore<Window> {
     bool enabled = true;
     bool visible = true;
-    FontDescription font;
-    bool hasFont = false;
-    std::vector<Window*> children;        // controls; a sheet's own buttons
-    ControlState control;
-
-    // Dialogs, pages and sheets.
-    DialogSink* sink = nullptr;
-    Window* focus = nullptr;
-    bool ended = false;
-    int result = 0;
-
-    // Sheets: the pages' templates and sinks, and the page windows shown
-    // so far (null until a page is first shown).
-    std::vector<SheetPage> pageSources;
-    std::vector<Window*> pages;
-    int activePage = -1;
-
-    // Prompts: the kind; a menu's point (its items are control.items); a
-    // file dialog's request and the path chosen.
-    PromptKind prompt = PromptKind::None;
-    int x = 0, y = 0;
-    FileDialogRequest file;
-    CString chosen;
+    ControlState control;   // a menu prompt's items are control.items
 };
 
-// The control type of a created control.
-ControlType ControlTypeOf(const CString& className, uint32_t style);
 // Answers a window message from the control's state. Sends no
 // notification: those come from the user's actions (WindowSystem).
 intptr_t ControlMessage(Window& control, unsigned message, uintptr_t wParam, intptr_t lParam);
-// Dates a date-time picker takes: years 100 to 9999, real days, times of day.
-bool ValidTime(const SystemTime& time);
 // The text a control shows as its window text (a combo box: its selection).
 CString ControlText(const Window& control);
+
+// What the shared window rules ask of a window (see WindowRules.h).
+inline ControlType TypeOf(const Window& w) { return w.control.type; }
+inline bool IsShown(const Window& w) { return w.visible; }
+inline bool IsEnabled(const Window& w) { return w.enabled; }
+inline CString TitleOf(const Window& w) { return w.text; }
+inline bool& NotifyingOf(Window& w) { return w.control.notifying; }
+CString ControlLine(const Window& control, const Window* focus);
+std::vector<CString> ItemsOf(const Window& control);
 
 }  // namespace ob::ui

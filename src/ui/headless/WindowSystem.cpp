@@ -21,11 +21,6 @@ SystemTime Now() {
                       parts.tm_sec};
 }
 
-bool IsScrollBar(const CString& className) {
-    CString lower = className;
-    return lower.MakeLower() == u"scrollbar";
-}
-
 }  // namespace
 
 Window* WindowSystem::Find(WindowHandle handle) {
@@ -63,8 +58,7 @@ Window* WindowSystem::CreateFromTemplate(const uint8_t* templ, size_t length, Wi
     DialogDescription d;
     if (!ReadDialogTemplate(templ, length, d)) return nullptr;
     for (const DialogItem& item : d.items)
-        if (ControlTypeOf(item.className, item.style) == ControlType::Other && !IsScrollBar(item.className))
-            return nullptr;
+        if (ControlTypeOf(item.className, item.style) == ControlType::Other) return nullptr;
     Window* w = NewWindow(type, parent);
     w->text = d.caption;
     w->style = d.style;
@@ -98,35 +92,11 @@ void WindowSystem::Destroy(Window* window) {
     m_windows.erase(window->handle);
 }
 
-bool WindowSystem::Abandoned(const Window& window) const { return window.sink && window.sink->Abandoned(); }
-
 // Plays actions until the window is ended. With no action left, the window
 // is cancelled as if Escape were pressed, and a note says so.
 void WindowSystem::RunModal(Window& window) {
     m_modal.push_back(&window);
-    while (!window.ended) {
-        if (m_failed || Abandoned(window)) {
-            window.ended = true;
-            window.result = IDC_CANCEL;
-            break;
-        }
-        m_desktop.RunMessageLoop(0);   // ticks that fell due meanwhile
-        if (window.ended) break;
-        const Action* action = m_actions.Next();
-        if (!action) {
-            CString from = m_actions.Loaded() ? m_actions.Name() + u": no action left" : CString(u"no UI actions");
-            m_desktop.UiNote(from + u": \"" + window.text + u"\" cancelled");
-            Cancel();
-            window.ended = true;   // whatever the cancel handler did
-            if (window.result == 0) window.result = IDC_CANCEL;
-            break;
-        }
-        CString error = m_actions.Run(*action, *this);
-        if (!error.empty()) {
-            m_desktop.UiNote(error);
-            m_failed = true;
-        }
-    }
+    PlayActions(window, m_desktop, m_actions, *this, m_failed);
     m_modal.pop_back();
 }
 
@@ -192,18 +162,8 @@ bool WindowSystem::EndDialog(WindowHandle dialog, int result) {
 
 WindowHandle WindowSystem::GetDlgItem(WindowHandle dialog, int id) {
     Window* w = Find(dialog);
-    if (!w || w->type == WindowType::Control) return 0;
-    for (Window* c : w->children)
-        if (c->id == id) return c->handle;
-    if (w->type != WindowType::Sheet) return 0;
-    std::vector<Window*> order;
-    if (w->activePage >= 0) order.push_back(w->pages[static_cast<size_t>(w->activePage)]);
-    order.insert(order.end(), w->pages.begin(), w->pages.end());
-    for (Window* page : order)
-        if (page)
-            for (Window* c : page->children)
-                if (c->id == id) return c->handle;
-    return 0;
+    Window* c = w ? FindDlgItem(*w, id) : nullptr;
+    return c ? c->handle : 0;
 }
 
 CString WindowSystem::GetClassName(WindowHandle window) {
@@ -255,30 +215,8 @@ void WindowSystem::SetFont(WindowHandle window, const FontDescription& font) {
     }
 }
 
-// WM_COMMAND to a dialog or page; a sheet handles its own buttons.
-void WindowSystem::SendCommand(Window& dialog, int id, unsigned code, Window* control) {
-    if (dialog.type == WindowType::Sheet) {
-        if (id == IDC_OK || id == IDC_CANCEL) EndDialog(dialog.handle, id);
-        return;
-    }
-    if (dialog.sink)
-        dialog.sink->OnCommand(static_cast<uintptr_t>(id & 0xFFFF) | (static_cast<uintptr_t>(code) << 16),
-                               control ? static_cast<intptr_t>(control->handle) : 0);
-}
-
 void WindowSystem::NotifyCommand(Window& control, unsigned code) {
-    if (control.control.notifying || !control.parent) return;
-    control.control.notifying = true;
-    WindowHandle self = control.handle;
-    SendCommand(*control.parent, control.id, code, &control);
-    if (Window* still = Find(self)) still->control.notifying = false;
-}
-
-void WindowSystem::Notify(Window& control, NotifyHeader& header) {
-    header.from = control.handle;
-    header.idFrom = static_cast<uintptr_t>(control.id);
-    if (control.parent && control.parent->sink)
-        control.parent->sink->OnNotify(static_cast<uintptr_t>(control.id), &header);
+    ui::NotifyCommand(*this, control, code, [this](WindowHandle h) { return Find(h); });
 }
 
 }  // namespace ob::ui

@@ -80,18 +80,14 @@ private:
     void ShowPage(Window& sheet, int index);
     void Destroy(Window* window);
     void RunModal(Window& window);
-    bool Abandoned(const Window& window) const;
     Window* Innermost() { return m_modal.empty() ? nullptr : m_modal.back(); }
     Window* UserTarget(int id, CString& why);
     Window* TypedTarget(int id, ControlType type, const char16_t* what, CString& why);
-    void SendCommand(Window& dialog, int id, unsigned code, Window* control);
     void NotifyCommand(Window& control, unsigned code);
-    void Notify(Window& control, NotifyHeader& header);
     void ClickButton(Window& control);
     CString SelectItem(Window& control, int index);
     void EndByUser(Window& window, int id);
     Window* NewPrompt(PromptKind kind, const CString& text);
-    int RunPrompt(Window* prompt);
     Window* PromptTarget(PromptKind kind, CString& why);
     CString PromptOk(Window& prompt);
     CString DescribePrompt(const Window& prompt) const;

@@ -34,47 +34,18 @@ CString FromQString(const QString& text) {
 }
 
 CString QtTitle(const QtWindow& window) {
-    if (window.type == QtWindowType::Prompt) return window.text;
+    if (window.type == WindowType::Prompt) return window.text;
     return window.widget ? FromQString(window.widget->windowTitle()) : CString();
 }
 
 namespace {
 
-bool SameClass(const CString& a, const char16_t* b) {
-    CString x = a, y = b;
-    return x.MakeLower() == y.MakeLower();
-}
-
-const char16_t* TextParam(intptr_t lParam) {
-    const char16_t* text = reinterpret_cast<const char16_t*>(lParam);
-    return text ? text : u"";
-}
-
-CString* TextOut(intptr_t lParam) { return reinterpret_cast<CString*>(lParam); }
+using common::FindPrefix;
+using common::ItemText;
+using common::TextOut;
+using common::TextParam;
 
 bool IsMulti(const QtWindow& w) { return (w.style & LBS_MULTIPLESEL) != 0; }
-
-// The first item from after `start` on (wrapping round) that begins with
-// `prefix`, ignoring case; -1 when none does.
-int FindPrefix(const std::vector<CString>& items, intptr_t start, const CString& prefix) {
-    CString lowerPrefix = prefix;
-    lowerPrefix.MakeLower();
-    size_t n = items.size();
-    size_t first = start >= 0 && static_cast<size_t>(start) < n ? static_cast<size_t>(start) + 1 : 0;
-    for (size_t k = 0; k < n; ++k) {
-        size_t i = (first + k) % n;
-        CString lower = items[i];
-        lower.MakeLower();
-        if (lower.compare(0, lowerPrefix.size(), lowerPrefix) == 0) return static_cast<int>(i);
-    }
-    return -1;
-}
-
-intptr_t ItemText(const std::vector<CString>& items, uintptr_t index, intptr_t lParam) {
-    if (index >= items.size()) return LB_ERR;
-    if (CString* out = TextOut(lParam)) *out = items[index];
-    return static_cast<intptr_t>(items[index].size());
-}
 
 // ---- list box ----
 
@@ -163,7 +134,7 @@ intptr_t ComboBoxMessage(QtWindow& w, unsigned message, uintptr_t wParam, intptr
 }
 
 intptr_t ButtonMessage(QtWindow& w, unsigned message, uintptr_t wParam, intptr_t) {
-    bool checkable = w.kind == QtControlType::CheckBox || w.kind == QtControlType::RadioButton;
+    bool checkable = w.kind == ControlType::CheckBox || w.kind == ControlType::RadioButton;
     auto* button = qobject_cast<QAbstractButton*>(w.widget.data());
     if (!checkable || !button) return 0;
     if (message == BM_GETCHECK) return button->isChecked() ? 1 : 0;
@@ -329,7 +300,7 @@ intptr_t DateTimeMessage(QtWindow& w, unsigned message, uintptr_t, intptr_t lPar
     }
     if (message == DTM_SETSYSTEMTIME) {
         const auto* in = reinterpret_cast<const SystemTime*>(lParam);
-        if (!in || !QtValidTime(*in)) return 0;
+        if (!in || !ValidTime(*in)) return 0;
         QtSetTime(w, *in);
         return 1;
     }
@@ -339,16 +310,16 @@ intptr_t DateTimeMessage(QtWindow& w, unsigned message, uintptr_t, intptr_t lPar
 using MessageHandler = intptr_t (*)(QtWindow&, unsigned, uintptr_t, intptr_t);
 
 struct TypeHandler {
-    QtControlType type;
+    ControlType type;
     MessageHandler handler;
 };
 
 const TypeHandler kHandlers[] = {
-    {QtControlType::PushButton, ButtonMessage}, {QtControlType::CheckBox, ButtonMessage},
-    {QtControlType::RadioButton, ButtonMessage}, {QtControlType::ListBox, ListBoxMessage},
-    {QtControlType::ComboBox, ComboBoxMessage}, {QtControlType::TabControl, TabMessage},
-    {QtControlType::TreeView, TreeMessage},     {QtControlType::Slider, SliderMessage},
-    {QtControlType::DateTime, DateTimeMessage},
+    {ControlType::PushButton, ButtonMessage}, {ControlType::CheckBox, ButtonMessage},
+    {ControlType::RadioButton, ButtonMessage}, {ControlType::ListBox, ListBoxMessage},
+    {ControlType::ComboBox, ComboBoxMessage}, {ControlType::TabControl, TabMessage},
+    {ControlType::TreeView, TreeMessage},     {ControlType::Slider, SliderMessage},
+    {ControlType::DateTime, DateTimeMessage},
 };
 
 // Pre-order: each item with its depth.
@@ -359,85 +330,35 @@ void TreeOrder(const QTreeWidgetItem* item, size_t depth, std::vector<std::pair<
     }
 }
 
-CString Number(long n) {
-    std::string digits = std::to_string(n);
-    return CString(std::u16string(digits.begin(), digits.end()));
-}
-
-CString Quoted(const CString& text) { return u"\"" + text + u"\""; }
-
-CString TwoDigits(int n) { return n < 10 ? u"0" + Number(n) : Number(n); }
-
-CString ItemList(const std::vector<CString>& items) {
-    CString out = u"[";
-    for (size_t i = 0; i < items.size(); ++i) out += (i ? u", " : u"") + Quoted(items[i]);
-    return out + u"]";
-}
-
-CString Selected(const std::vector<CString>& items, int index) {
-    return index >= 0 && static_cast<size_t>(index) < items.size() ? Quoted(items[static_cast<size_t>(index)])
-                                                                    : CString(u"none");
-}
-
 CString ListValue(const QtWindow& w) {
     auto* list = static_cast<const QListWidget*>(w.widget.data());
     std::vector<CString> items = ListItems(list);
     if (!IsMulti(w)) {
-        int current = list->selectedItems().isEmpty() ? -1 : list->currentRow();
-        return u" items=" + ItemList(items) + u" selected=" + Selected(items, current);
+        return common::ListValue(items, list->selectedItems().isEmpty() ? -1 : list->currentRow());
     }
     std::vector<CString> chosen;
     for (int i = 0; i < list->count(); ++i)
         if (list->item(i)->isSelected()) chosen.push_back(items[static_cast<size_t>(i)]);
-    return u" items=" + ItemList(items) + u" selected=" + ItemList(chosen);
+    return common::MultiListValue(items, chosen);
 }
 
 CString TreeValue(const QtWindow& w) {
     auto* tree = static_cast<const QTreeWidget*>(w.widget.data());
     std::vector<std::pair<const QTreeWidgetItem*, size_t>> order;
     TreeOrder(tree->invisibleRootItem(), 0, order);
-    std::vector<CString> shown;
-    for (const auto& [item, depth] : order) shown.push_back(CString(depth, u'>') + FromQString(item->text(0)));
+    std::vector<std::pair<size_t, CString>> nodes;
+    for (const auto& [item, depth] : order) nodes.emplace_back(depth, FromQString(item->text(0)));
     const QTreeWidgetItem* current = QtTreeSelection(tree);
-    return u" items=" + ItemList(shown) + u" selected=" +
-           (current ? Quoted(FromQString(current->text(0))) : CString(u"none"));
+    CString selected = current ? FromQString(current->text(0)) : CString();
+    return common::TreeValue(nodes, current ? &selected : nullptr);
 }
 
 }  // namespace
-
-bool QtValidTime(const SystemTime& t) {
-    return t.year >= 100 && t.year <= 9999 && QDate::isValid(t.year, t.month, t.day) &&
-           QTime::isValid(t.hour, t.minute, t.second);
-}
 
 // Dates are kept as given, free of the local time zone's gaps.
 void QtSetTime(QtWindow& control, const SystemTime& t) {
     auto* edit = static_cast<QDateTimeEdit*>(control.widget.data());
     edit->setDateTime(QDateTime(QDate(t.year, t.month, t.day), QTime(t.hour, t.minute, t.second), Qt::UTC));
-}
-
-QtControlType QtControlTypeOf(const CString& className, uint32_t style) {
-    if (SameClass(className, u"Button")) {
-        switch (style & BS_TYPEMASK) {
-        case BS_CHECKBOX: case BS_AUTOCHECKBOX: case BS_3STATE: case BS_AUTO3STATE: return QtControlType::CheckBox;
-        case BS_RADIOBUTTON: case BS_AUTORADIOBUTTON: return QtControlType::RadioButton;
-        case BS_GROUPBOX: return QtControlType::GroupBox;
-        default: return QtControlType::PushButton;
-        }
-    }
-    struct Named {
-        const char16_t* name;
-        QtControlType type;
-    };
-    static const Named kNamed[] = {
-        {u"Edit", QtControlType::Edit}, {u"Static", QtControlType::Static}, {u"ListBox", QtControlType::ListBox},
-        {u"ComboBox", QtControlType::ComboBox}, {u"SysDateTimePick32", QtControlType::DateTime},
-        {u"SysTreeView32", QtControlType::TreeView}, {u"msctls_trackbar32", QtControlType::Slider},
-        {u"SysTabControl32", QtControlType::TabControl}, {u"ScrollBar", QtControlType::ScrollBar},
-    };
-    for (const Named& n : kNamed)
-        if (SameClass(className, n.name)) return n.type;
-    return QtControlType::Other;
 }
 
 namespace {
@@ -479,13 +400,13 @@ QWidget* MakeDateTime(QWidget* owner) {
 
 QWidget* MakeButton(const QtWindow& c, const QString& text, QWidget* owner) {
     switch (c.kind) {
-    case QtControlType::CheckBox: return new QCheckBox(text, owner);
-    case QtControlType::RadioButton: {
+    case ControlType::CheckBox: return new QCheckBox(text, owner);
+    case ControlType::RadioButton: {
         auto* radio = new QRadioButton(text, owner);
         radio->setAutoExclusive(false);   // groups end at WS_GROUP, handled on the click
         return radio;
     }
-    case QtControlType::GroupBox: return new QGroupBox(text, owner);
+    case ControlType::GroupBox: return new QGroupBox(text, owner);
     default: {
         auto* push = new QPushButton(text, owner);
         push->setAutoDefault(false);
@@ -500,40 +421,40 @@ QWidget* MakeButton(const QtWindow& c, const QString& text, QWidget* owner) {
 QWidget* MakeControlWidget(QtWindow& c, const CString& text, QWidget* owner) {
     QString qtext = ToQString(text);
     switch (c.kind) {
-    case QtControlType::PushButton: case QtControlType::CheckBox: case QtControlType::RadioButton:
-    case QtControlType::GroupBox: return MakeButton(c, qtext, owner);
-    case QtControlType::Edit: {
+    case ControlType::PushButton: case ControlType::CheckBox: case ControlType::RadioButton:
+    case ControlType::GroupBox: return MakeButton(c, qtext, owner);
+    case ControlType::Edit: {
         QWidget* edit = MakeEdit(c, owner);
         c.widget = edit;
         QtSetControlText(c, text);
         return edit;
     }
-    case QtControlType::Static: return MakeStatic(c, qtext, owner);
-    case QtControlType::ListBox: {
+    case ControlType::Static: return MakeStatic(c, qtext, owner);
+    case ControlType::ListBox: {
         auto* list = new QListWidget(owner);
         list->setSelectionMode((c.style & LBS_MULTIPLESEL) ? QAbstractItemView::MultiSelection
                                                            : QAbstractItemView::SingleSelection);
         return list;
     }
-    case QtControlType::ComboBox: return new QComboBox(owner);
-    case QtControlType::DateTime: return MakeDateTime(owner);
-    case QtControlType::TreeView: {
+    case ControlType::ComboBox: return new QComboBox(owner);
+    case ControlType::DateTime: return MakeDateTime(owner);
+    case ControlType::TreeView: {
         auto* tree = new QTreeWidget(owner);
         tree->setHeaderHidden(true);
         return tree;
     }
-    case QtControlType::Slider: {
+    case ControlType::Slider: {
         auto* slider = new QSlider(Qt::Horizontal, owner);
         slider->setRange(0, 100);   // what a new trackbar starts with
         return slider;
     }
-    case QtControlType::TabControl: {
+    case ControlType::TabControl: {
         auto* bar = new QTabBar(owner);
         bar->setDrawBase(true);
         bar->setExpanding(false);
         return bar;
     }
-    case QtControlType::ScrollBar: return new QScrollBar(Qt::Horizontal, owner);
+    case ControlType::ScrollBar: return new QScrollBar(Qt::Horizontal, owner);
     default: return new QWidget(owner);
     }
 }
@@ -544,7 +465,7 @@ intptr_t QtControlMessage(QtWindow& control, unsigned message, uintptr_t wParam,
     for (const TypeHandler& h : kHandlers)
         if (h.type == control.kind) {
             intptr_t result = h.handler(control, message, wParam, lParam);
-            if (control.kind == QtControlType::TreeView)   // the selection the next notification starts from
+            if (control.kind == ControlType::TreeView)   // the selection the next notification starts from
                 control.treeSelected = HandleOf(QtTreeSelection(static_cast<QTreeWidget*>(control.widget.data())));
             return result;
         }
@@ -562,16 +483,16 @@ CString QtControlText(const QtWindow& c) {
     QWidget* w = c.widget.data();
     if (!w) return CString();
     switch (c.kind) {
-    case QtControlType::ComboBox: {
+    case ControlType::ComboBox: {
         auto* combo = static_cast<QComboBox*>(w);
         return combo->currentIndex() >= 0 ? FromQString(combo->currentText()) : CString();
     }
-    case QtControlType::Edit:
+    case ControlType::Edit:
         if (auto* line = qobject_cast<QLineEdit*>(w)) return FromQString(line->text());
         return FromQString(static_cast<QPlainTextEdit*>(w)->toPlainText());
-    case QtControlType::PushButton: case QtControlType::CheckBox: case QtControlType::RadioButton:
+    case ControlType::PushButton: case ControlType::CheckBox: case ControlType::RadioButton:
         return FromQString(static_cast<QAbstractButton*>(w)->text());
-    case QtControlType::GroupBox: return FromQString(static_cast<QGroupBox*>(w)->title());
+    case ControlType::GroupBox: return FromQString(static_cast<QGroupBox*>(w)->title());
     default: return FromQString(w->windowTitle());
     }
 }
@@ -583,7 +504,7 @@ void QtSetControlText(QtWindow& c, const CString& text) {
     if (!w) return;
     QString q = ToQString(text);
     switch (c.kind) {
-    case QtControlType::Edit:
+    case ControlType::Edit:
         if (auto* line = qobject_cast<QLineEdit*>(w)) {
             line->setText(q);
         } else {
@@ -591,11 +512,11 @@ void QtSetControlText(QtWindow& c, const CString& text) {
             static_cast<QPlainTextEdit*>(w)->setPlainText(q);
         }
         break;
-    case QtControlType::PushButton: case QtControlType::CheckBox: case QtControlType::RadioButton:
+    case ControlType::PushButton: case ControlType::CheckBox: case ControlType::RadioButton:
         static_cast<QAbstractButton*>(w)->setText(q);
         break;
-    case QtControlType::GroupBox: static_cast<QGroupBox*>(w)->setTitle(q); break;
-    case QtControlType::Static: {
+    case ControlType::GroupBox: static_cast<QGroupBox*>(w)->setTitle(q); break;
+    case ControlType::Static: {
         auto* label = static_cast<QLabel*>(w);
         if ((c.style & 0x1F) == SS_BITMAP) label->setPixmap(QPixmap(q));
         else label->setText(q);
@@ -608,16 +529,16 @@ void QtSetControlText(QtWindow& c, const CString& text) {
 
 std::vector<CString> QtControlItems(const QtWindow& c) {
     QWidget* w = c.widget.data();
-    switch (w ? c.kind : QtControlType::Other) {
-    case QtControlType::ListBox: return ListItems(static_cast<QListWidget*>(w));
-    case QtControlType::ComboBox: return ComboItems(static_cast<QComboBox*>(w));
-    case QtControlType::TabControl: {
+    switch (w ? c.kind : ControlType::Other) {
+    case ControlType::ListBox: return ListItems(static_cast<QListWidget*>(w));
+    case ControlType::ComboBox: return ComboItems(static_cast<QComboBox*>(w));
+    case ControlType::TabControl: {
         auto* bar = static_cast<QTabBar*>(w);
         std::vector<CString> tabs;
         for (int i = 0; i < bar->count(); ++i) tabs.push_back(FromQString(bar->tabText(i)));
         return tabs;
     }
-    case QtControlType::TreeView: {
+    case ControlType::TreeView: {
         std::vector<std::pair<const QTreeWidgetItem*, size_t>> order;
         TreeOrder(static_cast<QTreeWidget*>(w)->invisibleRootItem(), 0, order);
         std::vector<CString> texts;
@@ -630,29 +551,22 @@ std::vector<CString> QtControlItems(const QtWindow& c) {
 
 CString QtControlValue(const QtWindow& c) {
     QWidget* w = c.widget.data();
-    switch (w ? c.kind : QtControlType::Other) {
-    case QtControlType::CheckBox:
-    case QtControlType::RadioButton: return u" checked=" + Number(static_cast<QAbstractButton*>(w)->isChecked());
-    case QtControlType::ListBox: return ListValue(c);
-    case QtControlType::ComboBox: {
+    switch (w ? c.kind : ControlType::Other) {
+    case ControlType::CheckBox:
+    case ControlType::RadioButton: return common::CheckValue(static_cast<QAbstractButton*>(w)->isChecked());
+    case ControlType::ListBox: return ListValue(c);
+    case ControlType::ComboBox: {
         auto* combo = static_cast<QComboBox*>(w);
-        return u" items=" + ItemList(ComboItems(combo)) + u" selected=" + Selected(ComboItems(combo), combo->currentIndex());
+        return common::ListValue(ComboItems(combo), combo->currentIndex());
     }
-    case QtControlType::DateTime: {
-        SystemTime t = TimeOf(static_cast<QDateTimeEdit*>(w));
-        return u" value=" + Number(t.year) + u"-" + TwoDigits(t.month) + u"-" + TwoDigits(t.day) + u" " +
-               TwoDigits(t.hour) + u":" + TwoDigits(t.minute) + u":" + TwoDigits(t.second);
-    }
-    case QtControlType::TreeView: return TreeValue(c);
-    case QtControlType::Slider: {
+    case ControlType::DateTime: return common::TimeValue(TimeOf(static_cast<QDateTimeEdit*>(w)));
+    case ControlType::TreeView: return TreeValue(c);
+    case ControlType::Slider: {
         auto* slider = static_cast<QSlider*>(w);
-        return u" position=" + Number(slider->value()) + u" range=" + Number(slider->minimum()) + u".." +
-               Number(slider->maximum());
+        return common::SliderValue(slider->value(), slider->minimum(), slider->maximum());
     }
-    case QtControlType::TabControl: {
-        std::vector<CString> tabs = QtControlItems(c);
-        return u" tabs=" + ItemList(tabs) + u" selected=" + Selected(tabs, static_cast<QTabBar*>(w)->currentIndex());
-    }
+    case ControlType::TabControl:
+        return common::TabsValue(QtControlItems(c), static_cast<QTabBar*>(w)->currentIndex());
     default: return CString();
     }
 }

@@ -109,36 +109,31 @@ private:
 
     bool OnGuiThread() const;
     int Question(const CString& text);
-    QtWindow* NewPrompt(QtPromptKind kind, const CString& text, QWidget* widget);
+    QtWindow* NewPrompt(PromptKind kind, const CString& text, QWidget* widget);
     void RunPrompt(QtWindow& prompt);
     void EndPrompt(QtWindow& prompt);
-    QtWindow* PromptTarget(QtPromptKind kind, CString& why);
+    QtWindow* PromptTarget(PromptKind kind, CString& why);
     CString PromptOk(QtWindow& prompt);
     CString DescribePrompt(const QtWindow& prompt) const;
     bool Mine(WindowHandle handle) const { return handle >= kFirstHandle; }
     QtWindow* Find(WindowHandle handle);
-    QtWindow* NewWindow(QtWindowType type, QtWindow* parent);
-    QtWindow* CreateFromTemplate(const uint8_t* templ, size_t length, QtWindowType type, QtWindow* parent,
+    QtWindow* NewWindow(WindowType type, QtWindow* parent);
+    QtWindow* CreateFromTemplate(const uint8_t* templ, size_t length, WindowType type, QtWindow* parent,
                                  DialogSink* sink, QWidget* host);
     void AddControl(QtWindow& owner, const DialogItem& item, QFont font);
     void Connect(QtWindow& control);
     void InitDialog(QtWindow& window);
     void Destroy(QtWindow* window);
     void RunModal(QtWindow& window);
-    void PlayActions(QtWindow& window);
     void WaitForPerson(QtWindow& window);
-    bool Abandoned(const QtWindow& window) const;
     QtWindow* Innermost() { return m_modal.empty() ? nullptr : m_modal.back(); }
     QtWindow* UserTarget(int id, CString& why);
-    QtWindow* TypedTarget(int id, QtControlType type, const char16_t* what, CString& why);
-    void SendCommand(QtWindow& dialog, int id, unsigned code, QtWindow* control);
+    QtWindow* TypedTarget(int id, ControlType type, const char16_t* what, CString& why);
     void NotifyCommand(QtWindow& control, unsigned code);
-    void Notify(QtWindow& control, NotifyHeader& header);
     void OnButtonClicked(QtWindow& control);
     void ClickWidget(QWidget* widget, QPoint at);
     CString SelectItem(QtWindow& control, int index);
     CString Describe(const QtWindow& window) const;
-    void Settle();
     void OnQuitSignal();
 
     Desktop* m_console;

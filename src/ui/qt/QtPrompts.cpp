@@ -16,70 +16,9 @@
 #include <QPushButton>
 #include <QTimer>
 
-#include <filesystem>
-#include <string>
-#include <system_error>
-
 namespace ob::ui {
 
-namespace fs = std::filesystem;
-
 namespace {
-
-CString Number(long n) {
-    std::string digits = std::to_string(n);
-    return CString(std::u16string(digits.begin(), digits.end()));
-}
-
-CString Quoted(const CString& text) { return u"\"" + text + u"\""; }
-
-const char16_t* KindName(QtPromptKind kind) {
-    switch (kind) {
-    case QtPromptKind::Question: return u"question";
-    case QtPromptKind::Menu: return u"menu";
-    case QtPromptKind::File: return u"file dialog";
-    default: return u"prompt";
-    }
-}
-
-// Item `text` of a menu, exactly or else ignoring case; 0 when none matches.
-int FindMenuItem(const std::vector<CString>& items, const CString& text) {
-    for (size_t i = 0; i < items.size(); ++i)
-        if (items[i] == text) return static_cast<int>(i) + 1;
-    CString lower = text;
-    lower.MakeLower();
-    for (size_t i = 0; i < items.size(); ++i) {
-        CString item = items[i];
-        if (item.MakeLower() == lower) return static_cast<int>(i) + 1;
-    }
-    return 0;
-}
-
-// The full path a file dialog makes of a typed name: relative names are
-// taken from the initial folder (else the current one), and a name without
-// an extension gets the default one.
-fs::path ResolveFileName(const CString& typed, const FileDialogRequest& request) {
-    fs::path path = fs::path(typed.ToUtf8());
-    if (path.is_relative() && !request.initialFolder.IsEmpty()) path = fs::path(request.initialFolder.ToUtf8()) / path;
-    std::error_code ec;
-    fs::path full = fs::absolute(path, ec);
-    if (ec) full = path;
-    full = full.lexically_normal();
-    std::string extension = request.defaultExtension.ToUtf8();
-    if (!extension.empty() && extension.front() == '.') extension.erase(0, 1);
-    if (!extension.empty() && full.has_filename() && !full.has_extension()) full += "." + extension;
-    return full;
-}
-
-// Why the dialog refuses `path`, or empty when it takes it: the open dialog
-// wants an existing file, the save dialog an existing folder to save in.
-CString RefusalOf(const fs::path& path, bool save) {
-    std::error_code ec;
-    CString shown = Quoted(CString::FromUtf8(path.string()));
-    if (!path.has_filename() || fs::is_directory(path, ec)) return shown + u" is a folder";
-    if (save) return fs::is_directory(path.parent_path(), ec) ? CString() : u"no folder for " + shown;
-    return fs::is_regular_file(path, ec) ? CString() : u"no file " + shown;
-}
 
 // "description|pattern|description|pattern..." as Qt's name filters
 // ("description (pattern pattern)"); patterns are separated by ';'.
@@ -101,8 +40,8 @@ void SendKey(QWidget* widget, int key) {
 
 }  // namespace
 
-QtWindow* QtDesktop::NewPrompt(QtPromptKind kind, const CString& text, QWidget* widget) {
-    QtWindow* w = NewWindow(QtWindowType::Prompt, nullptr);
+QtWindow* QtDesktop::NewPrompt(PromptKind kind, const CString& text, QWidget* widget) {
+    QtWindow* w = NewWindow(WindowType::Prompt, nullptr);
     w->prompt = kind;
     w->text = text;
     w->widget = widget;
@@ -127,7 +66,7 @@ void QtDesktop::RunPrompt(QtWindow& prompt) {
 int QtDesktop::Question(const CString& text) {
     auto* box = new QMessageBox(QMessageBox::Question, QStringLiteral("OrvoBasic"), ToQString(text),
                                 QMessageBox::Yes | QMessageBox::No);
-    QtWindow* w = NewPrompt(QtPromptKind::Question, text, box);
+    QtWindow* w = NewPrompt(PromptKind::Question, text, box);
     QObject::connect(box, &QMessageBox::buttonClicked, box, [this, box, handle = w->handle](QAbstractButton* b) {
         QtWindow* q = Find(handle);
         if (!q) return;
@@ -143,7 +82,7 @@ int QtDesktop::Question(const CString& text) {
 int QtDesktop::TrackPopupMenu(int x, int y, const std::vector<CString>& items) {
     if (!OnGuiThread()) return Desktop::TrackPopupMenu(x, y, items);
     auto* menu = new QMenu;
-    QtWindow* w = NewPrompt(QtPromptKind::Menu, u"menu", menu);
+    QtWindow* w = NewPrompt(PromptKind::Menu, u"menu", menu);
     w->x = x;
     w->y = y;
     w->items = items;
@@ -181,7 +120,7 @@ CString QtDesktop::FileDialog(const FileDialogRequest& request) {
     QStringList filters = NameFilters(request.filter);
     if (!filters.isEmpty()) dialog->setNameFilters(filters);
     if (!request.fileName.IsEmpty()) dialog->selectFile(ToQString(request.fileName));
-    QtWindow* w = NewPrompt(QtPromptKind::File, title, dialog);
+    QtWindow* w = NewPrompt(PromptKind::File, title, dialog);
     w->file = request;
     QObject::connect(dialog, &QDialog::finished, dialog, [this, dialog, handle = w->handle](int how) {
         QtWindow* f = Find(handle);
@@ -196,20 +135,12 @@ CString QtDesktop::FileDialog(const FileDialogRequest& request) {
     return chosen;
 }
 
-QtWindow* QtDesktop::PromptTarget(QtPromptKind kind, CString& why) {
-    QtWindow* top = Innermost();
-    if (top && top->type == QtWindowType::Prompt && top->prompt == kind) return top;
-    why = CString(u"no ") + KindName(kind) + u" is open";
-    if (top) why += u" (" + Quoted(top->type == QtWindowType::Prompt ? top->text
-                                                                     : FromQString(top->widget->windowTitle())) +
-                    u" is)";
-    return nullptr;
-}
+QtWindow* QtDesktop::PromptTarget(PromptKind kind, CString& why) { return FindPrompt(Innermost(), kind, why); }
 
 // Yes and No are clicked on the box; cancel closes it unanswered.
 CString QtDesktop::Answer(int button) {
     CString why;
-    QtWindow* w = PromptTarget(QtPromptKind::Question, why);
+    QtWindow* w = PromptTarget(PromptKind::Question, why);
     if (!w) return why;
     auto* box = static_cast<QMessageBox*>(w->widget.data());
     QAbstractButton* target = button == IDYES ? box->button(QMessageBox::Yes)
@@ -226,10 +157,10 @@ CString QtDesktop::Answer(int button) {
 // An item is made the menu's active one and Enter chooses it; 0 is Escape.
 CString QtDesktop::MenuIndex(int number) {
     CString why;
-    QtWindow* w = PromptTarget(QtPromptKind::Menu, why);
+    QtWindow* w = PromptTarget(PromptKind::Menu, why);
     if (!w) return why;
-    if (number < 0 || static_cast<size_t>(number) > w->items.size())
-        return u"no item " + Number(number) + u" in the menu";
+    why = common::MenuNumberRefusal(w->items, number);
+    if (!why.empty()) return why;
     auto* menu = static_cast<QMenu*>(w->widget.data());
     if (number > 0) {
         QAction* action = menu->actions().value(number - 1);
@@ -246,24 +177,21 @@ CString QtDesktop::MenuIndex(int number) {
 
 CString QtDesktop::MenuText(const CString& item) {
     CString why;
-    QtWindow* w = PromptTarget(QtPromptKind::Menu, why);
+    QtWindow* w = PromptTarget(PromptKind::Menu, why);
     if (!w) return why;
-    int number = FindMenuItem(w->items, item);
-    if (number == 0) return u"no item " + Quoted(item) + u" in the menu";
-    return MenuIndex(number);
+    int number = 0;
+    why = common::MenuItemByText(w->items, item, number);
+    return why.empty() ? MenuIndex(number) : why;
 }
 
 // The name is checked as the dialog checks it, then given to the dialog,
 // which accepts it.
 CString QtDesktop::File(const CString& path) {
     CString why;
-    QtWindow* w = PromptTarget(QtPromptKind::File, why);
+    QtWindow* w = PromptTarget(PromptKind::File, why);
     if (!w) return why;
-    if (path.IsEmpty()) return u"no file name";
-    fs::path full = ResolveFileName(path, w->file);
-    why = RefusalOf(full, w->file.save);
+    why = common::ChooseFile(path, w->file, w->chosen);
     if (!why.empty()) return why;
-    w->chosen = CString::FromUtf8(full.string());
     w->ended = true;   // the path above is the answer, whatever the dialog makes of it
     auto* dialog = static_cast<QFileDialog*>(w->widget.data());
     dialog->selectFile(ToQString(w->chosen));
@@ -274,7 +202,7 @@ CString QtDesktop::File(const CString& path) {
 
 CString QtDesktop::FileCancel() {
     CString why;
-    QtWindow* w = PromptTarget(QtPromptKind::File, why);
+    QtWindow* w = PromptTarget(PromptKind::File, why);
     if (!w) return why;
     w->chosen.clear();
     w->result = IDCANCEL;
@@ -286,31 +214,12 @@ CString QtDesktop::FileCancel() {
 // Enter: a file dialog takes the name in its name field (the initial file
 // name); a question and a menu have nothing to take.
 CString QtDesktop::PromptOk(QtWindow& prompt) {
-    if (prompt.prompt == QtPromptKind::File) {
-        if (prompt.file.fileName.IsEmpty()) return u"the file dialog has no file name to take";
-        return File(prompt.file.fileName);
-    }
-    return prompt.prompt == QtPromptKind::Menu ? u"a menu takes \"menu N\", not \"ok\""
-                                               : u"a question takes \"answer yes|no\", not \"ok\"";
+    CString why = common::PromptOkRefusal(prompt.prompt, prompt.file);
+    return why.empty() ? File(prompt.file.fileName) : why;
 }
 
 CString QtDesktop::DescribePrompt(const QtWindow& prompt) const {
-    switch (prompt.prompt) {
-    case QtPromptKind::Question: return u"question " + Quoted(prompt.text) + u"\n";
-    case QtPromptKind::Menu: {
-        CString out = u"menu at " + Number(prompt.x) + u"," + Number(prompt.y) + u"\n";
-        for (size_t i = 0; i < prompt.items.size(); ++i)
-            out += u"  " + Number(static_cast<long>(i) + 1) + u" " + Quoted(prompt.items[i]) + u"\n";
-        return out;
-    }
-    case QtPromptKind::File: {
-        const FileDialogRequest& r = prompt.file;
-        return CString(r.save ? u"filesave " : u"fileopen ") + Quoted(r.fileName) + u" extension " +
-               Quoted(r.defaultExtension) + u" filter " + Quoted(r.filter) + u" folder " + Quoted(r.initialFolder) +
-               u"\n";
-    }
-    default: return CString();
-    }
+    return common::DescribePrompt({prompt.prompt, prompt.text, prompt.x, prompt.y, &prompt.items, &prompt.file});
 }
 
 }  // namespace ob::ui

@@ -103,23 +103,23 @@ QtWindow* QtDesktop::Find(WindowHandle handle) {
     return it == m_windows.end() ? nullptr : it->second.get();
 }
 
-QtWindow* QtDesktop::NewWindow(QtWindowType type, QtWindow* parent) {
+QtWindow* QtDesktop::NewWindow(WindowType type, QtWindow* parent) {
     auto window = std::make_unique<QtWindow>();
     window->type = type;
     window->handle = m_nextHandle++;
     window->parent = parent;
     QtWindow* raw = window.get();
     m_windows.emplace(raw->handle, std::move(window));
-    if (parent && type == QtWindowType::Control) parent->children.push_back(raw);
+    if (parent && type == WindowType::Control) parent->children.push_back(raw);
     return raw;
 }
 
 void QtDesktop::AddControl(QtWindow& owner, const DialogItem& item, QFont font) {
-    QtWindow* c = NewWindow(QtWindowType::Control, &owner);
+    QtWindow* c = NewWindow(WindowType::Control, &owner);
     c->className = item.className;
     c->style = item.style;
     c->id = item.id;
-    c->kind = QtControlTypeOf(item.className, item.style);
+    c->kind = ControlTypeOf(item.className, item.style);
     QWidget* w = MakeControlWidget(*c, item.text, owner.widget.data());
     c->widget = w;
     w->setWindowTitle(ToQString(item.text));
@@ -133,12 +133,12 @@ void QtDesktop::AddControl(QtWindow& owner, const DialogItem& item, QFont font) 
 // Makes a dialog (host null: a window of its own) or a page (inside host)
 // with its controls. Null when the template is refused: unreadable bytes,
 // or a control of a class no desktop knows.
-QtWindow* QtDesktop::CreateFromTemplate(const uint8_t* templ, size_t length, QtWindowType type, QtWindow* parent,
+QtWindow* QtDesktop::CreateFromTemplate(const uint8_t* templ, size_t length, WindowType type, QtWindow* parent,
                                         DialogSink* sink, QWidget* host) {
     DialogDescription d;
     if (!ReadDialogTemplate(templ, length, d)) return nullptr;
     for (const DialogItem& item : d.items)
-        if (QtControlTypeOf(item.className, item.style) == QtControlType::Other) return nullptr;
+        if (ControlTypeOf(item.className, item.style) == ControlType::Other) return nullptr;
     QtWindow* w = NewWindow(type, parent);
     w->sink = sink;
     QFont font = DialogFont(d);
@@ -188,47 +188,18 @@ void QtDesktop::Destroy(QtWindow* window) {
     m_windows.erase(window->handle);
 }
 
-bool QtDesktop::Abandoned(const QtWindow& window) const { return window.sink && window.sink->Abandoned(); }
-
-void QtDesktop::Settle() { RunMessageLoop(0); }
-
 // With actions loaded, they play the user until the window is ended; with
 // none left, the window is cancelled as if Escape were pressed, and a note
 // says so. Without actions a person uses the window.
 void QtDesktop::RunModal(QtWindow& window) {
     m_modal.push_back(&window);
-    if (window.prompt != QtPromptKind::Menu) {   // a menu pops up by itself
+    if (window.prompt != PromptKind::Menu) {   // a menu pops up by itself
         window.widget->setWindowModality(Qt::ApplicationModal);
         window.widget->show();
     }
-    if (m_actions.Loaded()) PlayActions(window);
+    if (m_actions.Loaded()) ui::PlayActions(window, *this, m_actions, static_cast<UiDriver&>(*this), m_failed);
     else WaitForPerson(window);
     m_modal.pop_back();
-}
-
-void QtDesktop::PlayActions(QtWindow& window) {
-    while (!window.ended) {
-        if (m_failed || Abandoned(window)) {
-            window.ended = true;
-            window.result = IDC_CANCEL;
-            break;
-        }
-        Settle();   // ticks that fell due meanwhile, and the window painted
-        if (window.ended) break;
-        const Action* action = m_actions.Next();
-        if (!action) {
-            UiNote(m_actions.Name() + u": no action left: \"" + QtTitle(window) + u"\" cancelled");
-            Cancel();
-            window.ended = true;   // whatever the cancel handler did
-            if (window.result == 0) window.result = IDC_CANCEL;
-            break;
-        }
-        CString error = m_actions.Run(*action, *this);
-        if (!error.empty()) {
-            UiNote(error);
-            m_failed = true;
-        }
-    }
 }
 
 void QtDesktop::WaitForPerson(QtWindow& window) {
@@ -248,7 +219,7 @@ void QtDesktop::WaitForPerson(QtWindow& window) {
 
 int QtDesktop::DoModalDialog(const uint8_t* templ, size_t length, DialogSink& sink) {
     if (!OnGuiThread()) return Desktop::DoModalDialog(templ, length, sink);
-    QtWindow* w = CreateFromTemplate(templ, length, QtWindowType::Dialog, nullptr, &sink, nullptr);
+    QtWindow* w = CreateFromTemplate(templ, length, WindowType::Dialog, nullptr, &sink, nullptr);
     if (!w) return -1;
     m_modal.push_back(w);   // controls are reachable from OnInitDialog on
     InitDialog(*w);
@@ -263,7 +234,7 @@ void QtDesktop::ShowPage(QtWindow& sheet, int index) {
     QtWindow*& page = sheet.pages[static_cast<size_t>(index)];
     if (!page) {
         const SheetPage& source = sheet.pageSources[static_cast<size_t>(index)];
-        page = CreateFromTemplate(source.templ, source.length, QtWindowType::Page, &sheet, source.sink,
+        page = CreateFromTemplate(source.templ, source.length, WindowType::Page, &sheet, source.sink,
                                   sheet.tabs->widget(index));
         if (!page) {
             QSignalBlocker quiet(sheet.tabs);
@@ -282,7 +253,7 @@ int QtDesktop::DoModalPropertySheet(const CString& caption, const std::vector<Sh
                                     DialogSink& sheetSink) {
     if (!OnGuiThread()) return Desktop::DoModalPropertySheet(caption, pages, sheetSink);
     if (pages.empty()) return -1;   // a sheet needs a page
-    QtWindow* s = NewWindow(QtWindowType::Sheet, nullptr);
+    QtWindow* s = NewWindow(WindowType::Sheet, nullptr);
     s->sink = &sheetSink;
     s->pageSources = pages;
     s->pages.assign(pages.size(), nullptr);
@@ -334,8 +305,8 @@ int QtDesktop::DoModalPropertySheet(const CString& caption, const std::vector<Sh
 bool QtDesktop::EndDialog(WindowHandle dialog, int result) {
     if (!Mine(dialog)) return Desktop::EndDialog(dialog, result);
     QtWindow* w = Find(dialog);
-    if (!w || w->type == QtWindowType::Control) return false;
-    if (w->type == QtWindowType::Page) w = w->parent;
+    if (!w || w->type == WindowType::Control) return false;
+    if (w->type == WindowType::Page) w = w->parent;
     w->ended = true;
     w->result = result;
     if (w->loop) w->loop->quit();
@@ -345,31 +316,21 @@ bool QtDesktop::EndDialog(WindowHandle dialog, int result) {
 WindowHandle QtDesktop::GetDlgItem(WindowHandle dialog, int id) {
     if (!Mine(dialog)) return Desktop::GetDlgItem(dialog, id);
     QtWindow* w = Find(dialog);
-    if (!w || w->type == QtWindowType::Control) return 0;
-    for (QtWindow* c : w->children)
-        if (c->id == id) return c->handle;
-    if (w->type != QtWindowType::Sheet) return 0;
-    std::vector<QtWindow*> order;
-    if (w->activePage >= 0) order.push_back(w->pages[static_cast<size_t>(w->activePage)]);
-    order.insert(order.end(), w->pages.begin(), w->pages.end());
-    for (QtWindow* page : order)
-        if (page)
-            for (QtWindow* c : page->children)
-                if (c->id == id) return c->handle;
-    return 0;
+    QtWindow* c = w ? FindDlgItem(*w, id) : nullptr;
+    return c ? c->handle : 0;
 }
 
 CString QtDesktop::GetClassName(WindowHandle window) {
     if (!Mine(window)) return Desktop::GetClassName(window);
     QtWindow* w = Find(window);
     if (!w) return CString();
-    return w->type == QtWindowType::Control ? w->className : CString(u"#32770");
+    return w->type == WindowType::Control ? w->className : CString(u"#32770");
 }
 
 intptr_t QtDesktop::SendMessage(WindowHandle window, unsigned message, uintptr_t wParam, intptr_t lParam) {
     if (!Mine(window)) return Desktop::SendMessage(window, message, wParam, lParam);
     QtWindow* w = Find(window);
-    if (!w || w->type != QtWindowType::Control) return 0;
+    if (!w || w->type != WindowType::Control) return 0;
     return QtControlMessage(*w, message, wParam, lParam);
 }
 
@@ -377,7 +338,7 @@ CString QtDesktop::GetWindowText(WindowHandle window) {
     if (!Mine(window)) return Desktop::GetWindowText(window);
     QtWindow* w = Find(window);
     if (!w) return CString();
-    return w->type == QtWindowType::Control ? QtControlText(*w) : FromQString(w->widget->windowTitle());
+    return w->type == WindowType::Control ? QtControlText(*w) : FromQString(w->widget->windowTitle());
 }
 
 // A single-line edit field reports the change (EN_CHANGE) as the real one
@@ -386,8 +347,8 @@ CString QtDesktop::GetWindowText(WindowHandle window) {
 void QtDesktop::SetWindowText(WindowHandle window, const CString& text) {
     if (!Mine(window)) return Desktop::SetWindowText(window, text);
     QtWindow* w = Find(window);
-    if (!w || w->kind == QtControlType::ComboBox) return;
-    if (w->type != QtWindowType::Control) {
+    if (!w || w->kind == ControlType::ComboBox) return;
+    if (w->type != WindowType::Control) {
         w->widget->setWindowTitle(ToQString(text));
         return;
     }
@@ -395,7 +356,7 @@ void QtDesktop::SetWindowText(WindowHandle window, const CString& text) {
         QSignalBlocker quiet(w->widget.data());
         QtSetControlText(*w, text);
     }
-    if (w->kind == QtControlType::Edit && !(w->style & ES_MULTILINE)) NotifyCommand(*w, EN_CHANGE);
+    if (w->kind == ControlType::Edit && !(w->style & ES_MULTILINE)) NotifyCommand(*w, EN_CHANGE);
 }
 
 void QtDesktop::EnableWindow(WindowHandle window, bool enable) {
@@ -411,7 +372,7 @@ void QtDesktop::ShowWindow(WindowHandle window, int command) {
 void QtDesktop::SetFocus(WindowHandle window) {
     if (!Mine(window)) return Desktop::SetFocus(window);
     QtWindow* w = Find(window);
-    if (w && w->type == QtWindowType::Control && w->parent) {
+    if (w && w->type == WindowType::Control && w->parent) {
         w->parent->focus = w;
         w->widget->setFocus();
     }
