@@ -47,66 +47,14 @@ CString WindowSystem::FileDialog(const FileDialogRequest& request) {
     return chosen;
 }
 
-Window* WindowSystem::PromptTarget(PromptKind kind, CString& why) { return FindPrompt(Innermost(), kind, why); }
-
-CString WindowSystem::Answer(int button) {
-    CString why;
-    Window* w = PromptTarget(PromptKind::Question, why);
-    if (!w) return why;
-    w->result = button;
-    w->ended = true;
-    return CString();
+void WindowSystem::TakeAnswer(Window& question, int button) {
+    question.result = button;
+    question.ended = true;
 }
 
-CString WindowSystem::MenuIndex(int number) {
-    CString why;
-    Window* w = PromptTarget(PromptKind::Menu, why);
-    if (!w) return why;
-    why = common::MenuNumberRefusal(w->control.items, number);
-    if (!why.empty()) return why;
-    w->control.current = number;
-    w->ended = true;
-    return CString();
-}
-
-CString WindowSystem::MenuText(const CString& item) {
-    CString why;
-    Window* w = PromptTarget(PromptKind::Menu, why);
-    if (!w) return why;
-    int number = 0;
-    why = common::MenuItemByText(w->control.items, item, number);
-    return why.empty() ? MenuIndex(number) : why;
-}
-
-CString WindowSystem::File(const CString& path) {
-    CString why;
-    Window* w = PromptTarget(PromptKind::File, why);
-    if (!w) return why;
-    why = common::ChooseFile(path, w->file, w->chosen);
-    if (!why.empty()) return why;
-    w->ended = true;
-    return CString();
-}
-
-CString WindowSystem::FileCancel() {
-    CString why;
-    Window* w = PromptTarget(PromptKind::File, why);
-    if (!w) return why;
-    w->chosen.clear();
-    w->result = IDCANCEL;
-    w->ended = true;
-    return CString();
-}
-
-// Enter: a file dialog takes the name in its name field (the initial file
-// name); a question and a menu have nothing to take.
-CString WindowSystem::PromptOk(Window& prompt) {
-    CString why = common::PromptOkRefusal(prompt.prompt, prompt.file);
-    return why.empty() ? File(prompt.file.fileName) : why;
-}
-
-CString WindowSystem::DescribePrompt(const Window& prompt) const {
-    return common::DescribePrompt({prompt.prompt, prompt.text, prompt.x, prompt.y, &prompt.control.items, &prompt.file});
+void WindowSystem::ChooseMenuItem(Window& menu, int number) {
+    menu.control.current = number;
+    menu.ended = true;
 }
 
 }  // namespace ob::ui

@@ -71,30 +71,9 @@ std::vector<CString> ItemsOf(const Window& w) {
     return texts;
 }
 
-CString WindowSystem::Describe(const Window& window) const {
-    return window.type == WindowType::Prompt ? DescribePrompt(window) : DescribeWindow(window);
-}
-
-Window* WindowSystem::UserTarget(int id, CString& why) { return ReachableControl(Innermost(), id, why); }
-
-Window* WindowSystem::TypedTarget(int id, ControlType type, const char16_t* what, CString& why) {
-    return ReachableControl(Innermost(), id, type, what, why);
-}
-
-CString WindowSystem::ExpectDialog(const CString& title) { return ExpectTitle(Innermost(), title); }
-
-CString WindowSystem::Type(int id, const CString& text) {
-    CString why;
-    Window* c = TypedTarget(id, ControlType::Edit, u"edit field", why);
-    if (!c) return why;
-    CString typed = text;
-    if (c->style & ES_NUMBER)   // the field refuses keys other than digits
-        typed.erase(std::remove_if(typed.begin(), typed.end(), [](char16_t ch) { return ch < u'0' || ch > u'9'; }),
-                    typed.end());
-    if (c->parent) c->parent->focus = c;
-    c->text = typed;
-    NotifyCommand(*c, EN_CHANGE);
-    return CString();
+void WindowSystem::EnterText(Window& edit, const CString& typed) {
+    edit.text = typed;
+    NotifyCommand(edit, EN_CHANGE);
 }
 
 // A click: an automatic check box toggles, an automatic radio button is
@@ -110,15 +89,6 @@ void WindowSystem::ClickButton(Window& c) {
     }
     if (owner && owner->type != WindowType::Sheet) owner->focus = &c;
     NotifyCommand(c, BN_CLICKED);
-}
-
-CString WindowSystem::Click(int id) {
-    CString why;
-    Window* c = UserTarget(id, why);
-    if (!c) return why;
-    why = common::ClickRefusal(c->control.type, id);
-    if (why.empty()) ClickButton(*c);
-    return why;
 }
 
 // Selects item `index` of a list, combo box, tree or tab control as a click
@@ -155,70 +125,8 @@ CString WindowSystem::SelectItem(Window& c, int index) {
     return CString();
 }
 
-CString WindowSystem::SelectText(int id, const CString& item) {
-    CString why;
-    Window* c = UserTarget(id, why);
-    if (!c) return why;
-    int index = ItemByText(*c, item, why);
-    return index < 0 ? why : SelectItem(*c, index);
-}
-
-CString WindowSystem::SelectIndex(int id, int index) {
-    CString why;
-    Window* c = UserTarget(id, why);
-    if (!c) return why;
-    return ItemByIndex(*c, index, why) < 0 ? why : SelectItem(*c, index);
-}
-
-CString WindowSystem::Check(int id, bool checked) {
-    CString why;
-    Window* c = UserTarget(id, why);
-    if (!c) return why;
-    why = common::CheckRefusal(c->control.type, id, checked);
-    if (why.empty() && (c->control.check != 0) != checked) ClickButton(*c);
-    return why;
-}
-
-CString WindowSystem::Tab(int id, int index) {
-    CString why;
-    Window* c = TypedTarget(id, ControlType::TabControl, u"tab control", why);
-    if (!c) return why;
-    if (index < 0 || static_cast<size_t>(index) >= c->control.tabs.size())
-        return u"no tab " + Number(index) + u" in control " + Number(id);
-    return SelectItem(*c, index);
-}
-
-CString WindowSystem::Slide(int id, int position) {
-    CString why;
-    Window* c = TypedTarget(id, ControlType::Slider, u"slider", why);
-    if (!c) return why;
-    c->control.position = std::clamp(position, c->control.rangeMin, c->control.rangeMax);
-    return CString();
-}
-
-CString WindowSystem::Date(int id, const SystemTime& time) {
-    CString why;
-    Window* c = TypedTarget(id, ControlType::DateTime, u"date-time picker", why);
-    if (!c) return why;
-    if (!ValidTime(time)) return u"no such date";
-    c->control.time = time;
-    return CString();
-}
-
-CString WindowSystem::Page(int index) {
-    CString why = PageRefusal(Innermost(), index);
-    if (why.empty()) ShowPage(*Innermost(), index);
-    return why;
-}
-
-CString WindowSystem::Wait(int milliseconds) {
-    WaitWhileOpen(Innermost(), m_desktop, milliseconds);
-    return CString();
-}
-
-CString WindowSystem::Snapshot() {
-    if (Window* top = Innermost()) m_desktop.UiOutput(Describe(*top));
-    return CString();
+void WindowSystem::SetSliderPosition(Window& slider, int position) {
+    slider.control.position = std::clamp(position, slider.control.rangeMin, slider.control.rangeMax);
 }
 
 // Enter, Escape and the close box end the window through its commands, as
@@ -228,27 +136,5 @@ void WindowSystem::EndByUser(Window& window, int id) {
     Window* control = CommandControl(window, id);
     SendCommand(*this, window, id, BN_CLICKED, control);
 }
-
-CString WindowSystem::Ok() {
-    Window* top = Innermost();
-    if (top && top->type == WindowType::Prompt) return PromptOk(*top);
-    if (top) EndByUser(*top, IDC_OK);
-    return CString();
-}
-
-// Escape: a prompt ends unanswered (question: IDCANCEL, menu: 0, file
-// dialog: no path).
-CString WindowSystem::Cancel() {
-    Window* top = Innermost();
-    if (top && top->type == WindowType::Prompt) {
-        top->result = IDCANCEL;
-        top->ended = true;
-    } else if (top) {
-        EndByUser(*top, IDC_CANCEL);
-    }
-    return CString();
-}
-
-CString WindowSystem::Close() { return Cancel(); }
 
 }  // namespace ob::ui

@@ -23,22 +23,6 @@ SystemTime Now() {
 
 }  // namespace
 
-Window* WindowSystem::Find(WindowHandle handle) {
-    auto it = m_windows.find(handle);
-    return it == m_windows.end() ? nullptr : it->second.get();
-}
-
-Window* WindowSystem::NewWindow(WindowType type, Window* parent) {
-    auto window = std::make_unique<Window>();
-    window->type = type;
-    window->handle = m_nextHandle++;
-    window->parent = parent;
-    Window* raw = window.get();
-    m_windows.emplace(raw->handle, std::move(window));
-    if (parent && type == WindowType::Control) parent->children.push_back(raw);
-    return raw;
-}
-
 void WindowSystem::AddControl(Window& owner, const DialogItem& item) {
     Window* c = NewWindow(WindowType::Control, &owner);
     c->className = item.className;
@@ -88,15 +72,15 @@ void WindowSystem::Destroy(Window* window) {
     for (Window* page : window->pages)
         if (page) Destroy(page);
     if (window->sink) window->sink->OnDestroy();
-    for (Window* child : window->children) m_windows.erase(child->handle);
-    m_windows.erase(window->handle);
+    for (Window* child : window->children) m_byHandle.erase(child->handle);
+    m_byHandle.erase(window->handle);
 }
 
 // Plays actions until the window is ended. With no action left, the window
 // is cancelled as if Escape were pressed, and a note says so.
 void WindowSystem::RunModal(Window& window) {
     m_modal.push_back(&window);
-    PlayActions(window, m_desktop, m_actions, *this, m_failed);
+    PlayModal(window);
     m_modal.pop_back();
 }
 
@@ -213,10 +197,6 @@ void WindowSystem::SetFont(WindowHandle window, const FontDescription& font) {
         w->font = font;
         w->hasFont = true;
     }
-}
-
-void WindowSystem::NotifyCommand(Window& control, unsigned code) {
-    ui::NotifyCommand(*this, control, code, [this](WindowHandle h) { return Find(h); });
 }
 
 }  // namespace ob::ui

@@ -4,18 +4,16 @@
 // dialog members.
 #pragma once
 
-#include "ui/ActionScript.h"
+#include "ui/WindowDriver.h"
 #include "ui/headless/Window.h"
-
-#include <unordered_map>
 
 namespace ob::ui {
 
 class Desktop;
 
-class WindowSystem : public UiDriver {
+class WindowSystem : public WindowDriver<Window> {
 public:
-    explicit WindowSystem(Desktop& desktop) : m_desktop(desktop) {}
+    explicit WindowSystem(Desktop& desktop) : WindowDriver(desktop, 0x100) {}
 
     int DoModalDialog(const uint8_t* templ, size_t length, DialogSink& sink);
     int DoModalPropertySheet(const CString& caption, const std::vector<SheetPage>& pages, DialogSink& sheetSink);
@@ -37,42 +35,24 @@ public:
     int PopupMenu(int x, int y, const std::vector<CString>& items);
     CString FileDialog(const FileDialogRequest& request);
 
-    // New actions start afresh: an earlier failure no longer ends every loop.
-    bool LoadActions(const CString& text, const CString& name, CString& error) {
-        if (!m_actions.Load(text, name, error)) return false;
-        m_failed = false;
-        return true;
-    }
-    bool ActionsFailed() const { return m_failed; }
-
-    // The user's actions (UiDriver), applied to the innermost modal window.
-    CString ExpectDialog(const CString& title) override;
-    CString Type(int id, const CString& text) override;
-    CString Click(int id) override;
-    CString SelectText(int id, const CString& item) override;
-    CString SelectIndex(int id, int index) override;
-    CString Check(int id, bool checked) override;
-    CString Tab(int id, int index) override;
-    CString Slide(int id, int position) override;
-    CString Date(int id, const SystemTime& time) override;
-    CString Page(int index) override;
-    CString Wait(int milliseconds) override;
-    CString Snapshot() override;
-    CString Ok() override;
-    CString Cancel() override;
-    CString Close() override;
-    CString Answer(int button) override;
-    CString MenuIndex(int number) override;
-    CString MenuText(const CString& item) override;
-    CString File(const CString& path) override;
-    CString FileCancel() override;
-
-    // The text of a snapshot of `window` (exposed for tests).
-    CString Describe(const Window& window) const;
-
 private:
-    Window* Find(WindowHandle handle);
-    Window* NewWindow(WindowType type, Window* parent);
+    // The verbs' effects on the in-memory windows (WindowDriver).
+    void EnterText(Window& edit, const CString& typed) override;
+    void ClickControl(Window& button) override { ClickButton(button); }
+    bool IsChecked(const Window& button) const override { return button.control.check != 0; }
+    CString SelectItem(Window& control, int index) override;
+    void SetSliderPosition(Window& slider, int position) override;
+    void SetDate(Window& picker, const SystemTime& time) override { picker.control.time = time; }
+    void ChoosePage(Window& sheet, int index) override { ShowPage(sheet, index); }
+    void PressEnter(Window& window) override { EndByUser(window, IDC_OK); }
+    void PressEscape(Window& window) override { EndByUser(window, IDC_CANCEL); }
+    void CloseBox(Window& window) override { EndByUser(window, IDC_CANCEL); }
+    void EndPrompt(Window& prompt) override { prompt.ended = true; }
+    void TakeAnswer(Window& question, int button) override;
+    void ChooseMenuItem(Window& menu, int number) override;
+    const std::vector<CString>& MenuItems(const Window& menu) const override { return menu.control.items; }
+    void FinishFileDialog(Window& dialog, bool) override { dialog.ended = true; }
+
     Window* CreateFromTemplate(const uint8_t* templ, size_t length, WindowType type, Window* parent,
                                DialogSink* sink);
     void AddControl(Window& owner, const DialogItem& item);
@@ -80,24 +60,10 @@ private:
     void ShowPage(Window& sheet, int index);
     void Destroy(Window* window);
     void RunModal(Window& window);
-    Window* Innermost() { return m_modal.empty() ? nullptr : m_modal.back(); }
-    Window* UserTarget(int id, CString& why);
-    Window* TypedTarget(int id, ControlType type, const char16_t* what, CString& why);
-    void NotifyCommand(Window& control, unsigned code);
+    void NotifyCommand(Window& control, unsigned code) { NotifyOwner(*this, control, code); }
     void ClickButton(Window& control);
-    CString SelectItem(Window& control, int index);
     void EndByUser(Window& window, int id);
     Window* NewPrompt(PromptKind kind, const CString& text);
-    Window* PromptTarget(PromptKind kind, CString& why);
-    CString PromptOk(Window& prompt);
-    CString DescribePrompt(const Window& prompt) const;
-
-    Desktop& m_desktop;
-    std::unordered_map<WindowHandle, std::unique_ptr<Window>> m_windows;
-    std::vector<Window*> m_modal;
-    WindowHandle m_nextHandle = 0x100;
-    ActionScript m_actions;
-    bool m_failed = false;
 };
 
 }  // namespace ob::ui

@@ -42,7 +42,7 @@ char* g_argv[] = {g_name, nullptr};
 
 }  // namespace
 
-QtDesktop::QtDesktop(Desktop* console) : m_console(console) {
+QtDesktop::QtDesktop(Desktop* console) : WindowDriver(*this, kFirstHandle), m_console(console) {
     if (!QApplication::instance()) {
         m_ownApp = new QApplication(g_argc, g_argv);
         // One look everywhere, so dialogs look the same on every machine.
@@ -132,12 +132,11 @@ void QtDesktop::UiOutput(const CString& text) {
 // in-memory windows on other threads.
 bool QtDesktop::LoadUiActions(const CString& text, const CString& name, CString& error) {
     if (!Desktop::LoadUiActions(text, name, error)) return false;
-    m_actions.Load(text, name, error);
-    m_failed = false;
+    LoadActions(text, name, error);   // the same text the base desktop has just taken
     return true;
 }
 
-bool QtDesktop::UiActionsFailed() const { return m_failed || Desktop::UiActionsFailed(); }
+bool QtDesktop::UiActionsFailed() const { return ActionsFailed() || Desktop::UiActionsFailed(); }
 
 // ---- timers and the message loop ----
 

@@ -12,7 +12,7 @@
 // an action file uses it.
 #pragma once
 
-#include "ui/ActionScript.h"
+#include "ui/WindowDriver.h"
 #include "ui/qt/QtWindow.h"
 
 #include <orvobasic/desktop.h>
@@ -29,7 +29,7 @@ class QTimer;
 
 namespace ob::ui {
 
-class QtDesktop : public Desktop, private UiDriver {
+class QtDesktop : public Desktop, private WindowDriver<QtWindow> {
 public:
     static constexpr WindowHandle kFirstHandle = 0x40000000;
 
@@ -85,39 +85,29 @@ public:
 private:
     struct Timer;
 
-    // The user's actions (UiDriver), applied to the innermost modal window.
-    CString ExpectDialog(const CString& title) override;
-    CString Type(int id, const CString& text) override;
-    CString Click(int id) override;
-    CString SelectText(int id, const CString& item) override;
-    CString SelectIndex(int id, int index) override;
-    CString Check(int id, bool checked) override;
-    CString Tab(int id, int index) override;
-    CString Slide(int id, int position) override;
-    CString Date(int id, const SystemTime& time) override;
-    CString Page(int index) override;
-    CString Wait(int milliseconds) override;
-    CString Snapshot() override;
-    CString Ok() override;
-    CString Cancel() override;
-    CString Close() override;
-    CString Answer(int button) override;
-    CString MenuIndex(int number) override;
-    CString MenuText(const CString& item) override;
-    CString File(const CString& path) override;
-    CString FileCancel() override;
+    // The verbs' effects on the widgets (WindowDriver): input events as a
+    // person's, the widgets' signals bringing the notifications.
+    void EnterText(QtWindow& edit, const CString& typed) override;
+    void ClickControl(QtWindow& button) override;
+    bool IsChecked(const QtWindow& button) const override;
+    CString SelectItem(QtWindow& control, int index) override;
+    void SetSliderPosition(QtWindow& slider, int position) override;
+    void SetDate(QtWindow& picker, const SystemTime& time) override { QtSetTime(picker, time); }
+    void ChoosePage(QtWindow& sheet, int index) override;
+    void PressEnter(QtWindow& window) override;
+    void PressEscape(QtWindow& window) override;
+    void CloseBox(QtWindow& window) override { window.widget->close(); }
+    void EndPrompt(QtWindow& prompt) override;
+    void TakeAnswer(QtWindow& question, int button) override;
+    void ChooseMenuItem(QtWindow& menu, int number) override;
+    const std::vector<CString>& MenuItems(const QtWindow& menu) const override { return menu.items; }
+    void FinishFileDialog(QtWindow& dialog, bool accepted) override;
 
     bool OnGuiThread() const;
     int Question(const CString& text);
     QtWindow* NewPrompt(PromptKind kind, const CString& text, QWidget* widget);
     void RunPrompt(QtWindow& prompt);
-    void EndPrompt(QtWindow& prompt);
-    QtWindow* PromptTarget(PromptKind kind, CString& why);
-    CString PromptOk(QtWindow& prompt);
-    CString DescribePrompt(const QtWindow& prompt) const;
     bool Mine(WindowHandle handle) const { return handle >= kFirstHandle; }
-    QtWindow* Find(WindowHandle handle);
-    QtWindow* NewWindow(WindowType type, QtWindow* parent);
     QtWindow* CreateFromTemplate(const uint8_t* templ, size_t length, WindowType type, QtWindow* parent,
                                  DialogSink* sink, QWidget* host);
     void AddControl(QtWindow& owner, const DialogItem& item, QFont font);
@@ -126,14 +116,9 @@ private:
     void Destroy(QtWindow* window);
     void RunModal(QtWindow& window);
     void WaitForPerson(QtWindow& window);
-    QtWindow* Innermost() { return m_modal.empty() ? nullptr : m_modal.back(); }
-    QtWindow* UserTarget(int id, CString& why);
-    QtWindow* TypedTarget(int id, ControlType type, const char16_t* what, CString& why);
-    void NotifyCommand(QtWindow& control, unsigned code);
+    void NotifyCommand(QtWindow& control, unsigned code) { NotifyOwner(*this, control, code); }
     void OnButtonClicked(QtWindow& control);
     void ClickWidget(QWidget* widget, QPoint at);
-    CString SelectItem(QtWindow& control, int index);
-    CString Describe(const QtWindow& window) const;
     void OnQuitSignal();
 
     Desktop* m_console;
@@ -145,12 +130,6 @@ private:
     QSocketNotifier* m_quitNotifier = nullptr;
     std::atomic<bool> m_quitPending{false};
     std::vector<QEventLoop*> m_loops;                 // the running message loops, innermost last
-
-    std::unordered_map<WindowHandle, std::unique_ptr<QtWindow>> m_windows;
-    std::vector<QtWindow*> m_modal;
-    WindowHandle m_nextHandle = kFirstHandle;
-    ActionScript m_actions;
-    bool m_failed = false;
 };
 
 }  // namespace ob::ui

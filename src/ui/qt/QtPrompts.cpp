@@ -75,7 +75,7 @@ int QtDesktop::Question(const CString& text) {
     });
     RunPrompt(*w);
     int result = w->result;
-    m_windows.erase(w->handle);
+    m_byHandle.erase(w->handle);
     return result;
 }
 
@@ -103,7 +103,7 @@ int QtDesktop::TrackPopupMenu(int x, int y, const std::vector<CString>& items) {
     menu->popup(QPoint(x, y));
     RunPrompt(*w);
     int chosen = w->chosenItem;
-    m_windows.erase(w->handle);
+    m_byHandle.erase(w->handle);
     return chosen;
 }
 
@@ -131,95 +131,49 @@ CString QtDesktop::FileDialog(const FileDialogRequest& request) {
     });
     RunPrompt(*w);
     CString chosen = w->chosen;
-    m_windows.erase(w->handle);
+    m_byHandle.erase(w->handle);
     return chosen;
 }
 
-QtWindow* QtDesktop::PromptTarget(PromptKind kind, CString& why) { return FindPrompt(Innermost(), kind, why); }
-
 // Yes and No are clicked on the box; cancel closes it unanswered.
-CString QtDesktop::Answer(int button) {
-    CString why;
-    QtWindow* w = PromptTarget(PromptKind::Question, why);
-    if (!w) return why;
-    auto* box = static_cast<QMessageBox*>(w->widget.data());
+void QtDesktop::TakeAnswer(QtWindow& w, int button) {
+    auto* box = static_cast<QMessageBox*>(w.widget.data());
     QAbstractButton* target = button == IDYES ? box->button(QMessageBox::Yes)
                               : button == IDNO ? box->button(QMessageBox::No)
                                                : nullptr;
     if (target) ClickWidget(target, target->rect().center());
-    if (!w->ended) {   // cancel, or a click that did not land
-        w->result = target ? button : IDCANCEL;
-        EndPrompt(*w);
+    if (!w.ended) {   // cancel, or a click that did not land
+        w.result = target ? button : IDCANCEL;
+        EndPrompt(w);
     }
-    return CString();
 }
 
 // An item is made the menu's active one and Enter chooses it; 0 is Escape.
-CString QtDesktop::MenuIndex(int number) {
-    CString why;
-    QtWindow* w = PromptTarget(PromptKind::Menu, why);
-    if (!w) return why;
-    why = common::MenuNumberRefusal(w->items, number);
-    if (!why.empty()) return why;
-    auto* menu = static_cast<QMenu*>(w->widget.data());
+void QtDesktop::ChooseMenuItem(QtWindow& w, int number) {
+    auto* menu = static_cast<QMenu*>(w.widget.data());
     if (number > 0) {
         QAction* action = menu->actions().value(number - 1);
         menu->setActiveAction(action);
         SendKey(menu, Qt::Key_Return);
-        if (!w->ended && action) action->trigger();   // a menu not on screen yet takes the choice directly
+        if (!w.ended && action) action->trigger();   // a menu not on screen yet takes the choice directly
     }
-    if (!w->ended) {
-        w->chosenItem = number;
-        EndPrompt(*w);
+    if (!w.ended) {
+        w.chosenItem = number;
+        EndPrompt(w);
     }
-    return CString();
 }
 
-CString QtDesktop::MenuText(const CString& item) {
-    CString why;
-    QtWindow* w = PromptTarget(PromptKind::Menu, why);
-    if (!w) return why;
-    int number = 0;
-    why = common::MenuItemByText(w->items, item, number);
-    return why.empty() ? MenuIndex(number) : why;
-}
-
-// The name is checked as the dialog checks it, then given to the dialog,
-// which accepts it.
-CString QtDesktop::File(const CString& path) {
-    CString why;
-    QtWindow* w = PromptTarget(PromptKind::File, why);
-    if (!w) return why;
-    why = common::ChooseFile(path, w->file, w->chosen);
-    if (!why.empty()) return why;
-    w->ended = true;   // the path above is the answer, whatever the dialog makes of it
-    auto* dialog = static_cast<QFileDialog*>(w->widget.data());
-    dialog->selectFile(ToQString(w->chosen));
-    static_cast<QDialog*>(dialog)->done(QDialog::Accepted);
-    EndPrompt(*w);
-    return CString();
-}
-
-CString QtDesktop::FileCancel() {
-    CString why;
-    QtWindow* w = PromptTarget(PromptKind::File, why);
-    if (!w) return why;
-    w->chosen.clear();
-    w->result = IDCANCEL;
-    static_cast<QFileDialog*>(w->widget.data())->reject();
-    EndPrompt(*w);
-    return CString();
-}
-
-// Enter: a file dialog takes the name in its name field (the initial file
-// name); a question and a menu have nothing to take.
-CString QtDesktop::PromptOk(QtWindow& prompt) {
-    CString why = common::PromptOkRefusal(prompt.prompt, prompt.file);
-    return why.empty() ? File(prompt.file.fileName) : why;
-}
-
-CString QtDesktop::DescribePrompt(const QtWindow& prompt) const {
-    return common::DescribePrompt({prompt.prompt, prompt.text, prompt.x, prompt.y, &prompt.items, &prompt.file});
+// The chosen path is given to the dialog, which accepts it; or the dialog
+// is rejected.
+void QtDesktop::FinishFileDialog(QtWindow& w, bool accepted) {
+    auto* dialog = static_cast<QFileDialog*>(w.widget.data());
+    if (accepted) {
+        dialog->selectFile(ToQString(w.chosen));
+        static_cast<QDialog*>(dialog)->done(QDialog::Accepted);
+    } else {
+        dialog->reject();
+    }
+    EndPrompt(w);
 }
 
 }  // namespace ob::ui

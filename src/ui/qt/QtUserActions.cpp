@@ -128,10 +128,6 @@ void QtDesktop::OnButtonClicked(QtWindow& c) {
     NotifyCommand(c, BN_CLICKED);
 }
 
-void QtDesktop::NotifyCommand(QtWindow& control, unsigned code) {
-    ui::NotifyCommand(*this, control, code, [this](WindowHandle h) { return Find(h); });
-}
-
 // Enter, Escape and the close box end the window through its commands, as
 // the dialog manager turns them into WM_COMMAND with IDOK or IDCANCEL (Enter
 // chooses the default push button when there is one).
@@ -152,26 +148,13 @@ void QtDesktop::ClickWidget(QWidget* widget, QPoint at) {
     QApplication::sendEvent(widget, &release);
 }
 
-QtWindow* QtDesktop::UserTarget(int id, CString& why) { return ReachableControl(Innermost(), id, why); }
-
-QtWindow* QtDesktop::TypedTarget(int id, ControlType type, const char16_t* what, CString& why) {
-    return ReachableControl(Innermost(), id, type, what, why);
-}
-
-CString QtDesktop::ExpectDialog(const CString& title) { return ExpectTitle(Innermost(), title); }
-
 // Typing replaces the field's text: everything is selected, then the text
 // arrives as one key press (as an input method commits it), or Delete
 // clears the field. A number field's validator refuses what is no digit,
 // so only the digits are typed.
-CString QtDesktop::Type(int id, const CString& text) {
-    CString why;
-    QtWindow* c = TypedTarget(id, ControlType::Edit, u"edit field", why);
-    if (!c) return why;
+void QtDesktop::EnterText(QtWindow& c, const CString& text) {
     QString typed = ToQString(text);
-    if (c->style & ES_NUMBER) typed.remove(QRegularExpression(QStringLiteral("[^0-9]")));
-    if (c->parent) c->parent->focus = c;
-    QWidget* w = c->widget.data();
+    QWidget* w = c.widget.data();
     w->setFocus();
     if (auto* line = qobject_cast<QLineEdit*>(w)) line->selectAll();
     else static_cast<QPlainTextEdit*>(w)->selectAll();
@@ -183,17 +166,11 @@ CString QtDesktop::Type(int id, const CString& text) {
     } else {
         static_cast<QLineEdit*>(w)->insert(typed);
     }
-    return CString();
 }
 
-CString QtDesktop::Click(int id) {
-    CString why;
-    QtWindow* c = UserTarget(id, why);
-    if (!c) return why;
-    why = common::ClickRefusal(c->kind, id);
-    if (why.empty()) ClickWidget(c->widget.data(), ClickPoint(*c));
-    return why;
-}
+void QtDesktop::ClickControl(QtWindow& c) { ClickWidget(c.widget.data(), ClickPoint(c)); }
+
+bool QtDesktop::IsChecked(const QtWindow& c) const { return static_cast<QAbstractButton*>(c.widget.data())->isChecked(); }
 
 // Selects item `index` of a list, combo box, tree or tab control as a click
 // on it does; the widget's signal brings the notification.
@@ -248,108 +225,21 @@ CString QtDesktop::SelectItem(QtWindow& c, int index) {
     return CString();
 }
 
-CString QtDesktop::SelectText(int id, const CString& item) {
-    CString why;
-    QtWindow* c = UserTarget(id, why);
-    if (!c) return why;
-    int index = ItemByText(*c, item, why);
-    return index < 0 ? why : SelectItem(*c, index);
-}
-
-CString QtDesktop::SelectIndex(int id, int index) {
-    CString why;
-    QtWindow* c = UserTarget(id, why);
-    if (!c) return why;
-    return ItemByIndex(*c, index, why) < 0 ? why : SelectItem(*c, index);
-}
-
-CString QtDesktop::Check(int id, bool checked) {
-    CString why;
-    QtWindow* c = UserTarget(id, why);
-    if (!c) return why;
-    why = common::CheckRefusal(c->kind, id, checked);
-    if (why.empty() && static_cast<QAbstractButton*>(c->widget.data())->isChecked() != checked)
-        ClickWidget(c->widget.data(), ClickPoint(*c));
-    return why;
-}
-
-CString QtDesktop::Tab(int id, int index) {
-    CString why;
-    QtWindow* c = TypedTarget(id, ControlType::TabControl, u"tab control", why);
-    if (!c) return why;
-    if (index < 0 || index >= static_cast<QTabBar*>(c->widget.data())->count())
-        return u"no tab " + Number(index) + u" in control " + Number(id);
-    return SelectItem(*c, index);
-}
-
-CString QtDesktop::Slide(int id, int position) {
-    CString why;
-    QtWindow* c = TypedTarget(id, ControlType::Slider, u"slider", why);
-    if (!c) return why;
-    auto* slider = static_cast<QSlider*>(c->widget.data());
+void QtDesktop::SetSliderPosition(QtWindow& c, int position) {
+    auto* slider = static_cast<QSlider*>(c.widget.data());
     slider->setValue(std::clamp(position, slider->minimum(), slider->maximum()));
-    return CString();
 }
 
-CString QtDesktop::Date(int id, const SystemTime& time) {
-    CString why;
-    QtWindow* c = TypedTarget(id, ControlType::DateTime, u"date-time picker", why);
-    if (!c) return why;
-    if (!ValidTime(time)) return u"no such date";
-    QtSetTime(*c, time);
-    return CString();
-}
-
-CString QtDesktop::Page(int index) {
-    QtWindow* top = Innermost();
-    CString why = PageRefusal(top, index);
-    if (!why.empty()) return why;
-    QTabBar* bar = top->tabs->tabBar();
+// The page's tab is clicked.
+void QtDesktop::ChoosePage(QtWindow& sheet, int index) {
+    QTabBar* bar = sheet.tabs->tabBar();
     QRect rect = bar->tabRect(index);
     if (bar->currentIndex() != index && !rect.isEmpty()) ClickWidget(bar, rect.center());
-    if (top->activePage != index) ShowPage(*top, index);
-    return CString();
+    if (sheet.activePage != index) ShowPage(sheet, index);
 }
 
-CString QtDesktop::Wait(int milliseconds) {
-    WaitWhileOpen(Innermost(), *this, milliseconds);
-    return CString();
-}
+void QtDesktop::PressEnter(QtWindow& window) { SendKey(window.widget.data(), Qt::Key_Return); }
 
-CString QtDesktop::Describe(const QtWindow& window) const {
-    return window.type == WindowType::Prompt ? DescribePrompt(window) : DescribeWindow(window);
-}
-
-CString QtDesktop::Snapshot() {
-    if (QtWindow* top = Innermost()) UiOutput(Describe(*top));
-    return CString();
-}
-
-CString QtDesktop::Ok() {
-    QtWindow* top = Innermost();
-    if (top && top->type == WindowType::Prompt) return PromptOk(*top);
-    if (top) SendKey(top->widget.data(), Qt::Key_Return);
-    return CString();
-}
-
-// Escape: a prompt ends unanswered (question: IDCANCEL, menu: 0, file
-// dialog: no path).
-CString QtDesktop::Cancel() {
-    QtWindow* top = Innermost();
-    if (top && top->type == WindowType::Prompt) {
-        top->result = IDCANCEL;
-        EndPrompt(*top);
-    } else if (top) {
-        SendKey(top->widget.data(), Qt::Key_Escape);
-    }
-    return CString();
-}
-
-CString QtDesktop::Close() {
-    QtWindow* top = Innermost();
-    if (top && top->type == WindowType::Prompt) return Cancel();
-    if (top) top->widget->close();
-    return CString();
-}
+void QtDesktop::PressEscape(QtWindow& window) { SendKey(window.widget.data(), Qt::Key_Escape); }
 
 }  // namespace ob::ui

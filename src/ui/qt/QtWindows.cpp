@@ -98,22 +98,6 @@ QWidget* QtDesktop::WidgetOf(WindowHandle window) {
     return w ? w->widget.data() : nullptr;
 }
 
-QtWindow* QtDesktop::Find(WindowHandle handle) {
-    auto it = m_windows.find(handle);
-    return it == m_windows.end() ? nullptr : it->second.get();
-}
-
-QtWindow* QtDesktop::NewWindow(WindowType type, QtWindow* parent) {
-    auto window = std::make_unique<QtWindow>();
-    window->type = type;
-    window->handle = m_nextHandle++;
-    window->parent = parent;
-    QtWindow* raw = window.get();
-    m_windows.emplace(raw->handle, std::move(window));
-    if (parent && type == WindowType::Control) parent->children.push_back(raw);
-    return raw;
-}
-
 void QtDesktop::AddControl(QtWindow& owner, const DialogItem& item, QFont font) {
     QtWindow* c = NewWindow(WindowType::Control, &owner);
     c->className = item.className;
@@ -176,7 +160,7 @@ void QtDesktop::Destroy(QtWindow* window) {
     if (window->sink) window->sink->OnDestroy();
     for (QtWindow* child : window->children) {
         if (child->widget) child->widget->blockSignals(true);
-        m_windows.erase(child->handle);
+        m_byHandle.erase(child->handle);
     }
     if (QWidget* widget = window->widget.data()) {
         if (window->tabs) window->tabs->blockSignals(true);
@@ -185,7 +169,7 @@ void QtDesktop::Destroy(QtWindow* window) {
             widget->deleteLater();
         }
     }
-    m_windows.erase(window->handle);
+    m_byHandle.erase(window->handle);
 }
 
 // With actions loaded, they play the user until the window is ended; with
@@ -197,7 +181,7 @@ void QtDesktop::RunModal(QtWindow& window) {
         window.widget->setWindowModality(Qt::ApplicationModal);
         window.widget->show();
     }
-    if (m_actions.Loaded()) ui::PlayActions(window, *this, m_actions, static_cast<UiDriver&>(*this), m_failed);
+    if (m_actions.Loaded()) PlayModal(window);
     else WaitForPerson(window);
     m_modal.pop_back();
 }
