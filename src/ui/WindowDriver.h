@@ -227,6 +227,50 @@ protected:
     // Ends a file dialog: with the chosen path taken, or cancelled.
     virtual void FinishFileDialog(W& dialog, bool accepted) = 0;
 
+    // ---- the windows' life ----
+    // WM_INITDIALOG and the initial focus.
+    virtual void InitDialog(W& window) = 0;
+    // Shows page `index` of a sheet, made (and initialised) when first shown.
+    virtual void ShowPage(W& sheet, int index) = 0;
+    // Runs the window's modal loop (it is the innermost meanwhile).
+    virtual void RunModal(W& window) = 0;
+    // Lets go of what a window holds outside this table, before it goes.
+    virtual void Release(W&) {}
+
+    // Runs a dialog made from a template until it is ended, then removes it.
+    int RunDialog(W& dialog) {
+        m_modal.push_back(&dialog);   // controls are reachable from OnInitDialog on
+        InitDialog(dialog);
+        m_modal.pop_back();
+        return RunToEnd(dialog);
+    }
+
+    // ... a property sheet, its first page shown.
+    int RunSheet(W& sheet) {
+        sheet.sink->OnCreate(sheet.handle);
+        m_modal.push_back(&sheet);
+        ShowPage(sheet, 0);
+        m_modal.pop_back();
+        return RunToEnd(sheet);
+    }
+
+    int RunToEnd(W& window) {
+        RunModal(window);
+        int result = window.result;
+        Destroy(&window);
+        return result;
+    }
+
+    // Removes a window after telling its sink; its controls exist until then.
+    void Destroy(W* window) {
+        for (W* page : window->pages)
+            if (page) Destroy(page);
+        if (window->sink) window->sink->OnDestroy();
+        Release(*window);
+        for (W* child : window->children) m_byHandle.erase(child->handle);
+        m_byHandle.erase(window->handle);
+    }
+
     // ---- the windows ----
     W* Find(WindowHandle handle) {
         auto it = m_byHandle.find(handle);

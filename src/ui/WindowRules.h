@@ -57,6 +57,15 @@ struct WindowCore {
     CString chosen;
 };
 
+// The buttons a property sheet makes below its pages, `cx` by `cy` dialog
+// units each (the headless desktop places nothing, so gives them no size).
+inline std::vector<DialogItem> SheetButtons(int16_t cx, int16_t cy) {
+    constexpr uint16_t kApplyId = 0x3021;
+    return {DialogItem{0x10010001, 0, 0, 0, cx, cy, IDC_OK, u"Button", u"OK"},
+            DialogItem{0x10010000, 0, 0, 0, cx, cy, IDC_CANCEL, u"Button", u"Cancel"},
+            DialogItem{0x18010000, 0, 0, 0, cx, cy, kApplyId, u"Button", u"Apply"}};
+}
+
 // GetDlgItem: a control of the dialog or page; a sheet looks among its own
 // buttons, then on its current page, then on the other pages shown so far.
 template <class W>

@@ -19,11 +19,7 @@ Window* WindowSystem::NewPrompt(PromptKind kind, const CString& text) {
 // one too, and nothing written anywhere.
 int WindowSystem::Question(const CString& text) {
     if (!m_actions.Loaded()) return IDOK;
-    Window* w = NewPrompt(PromptKind::Question, text);
-    RunModal(*w);
-    int result = w->result;
-    Destroy(w);
-    return result;
+    return RunToEnd(*NewPrompt(PromptKind::Question, text));
 }
 
 int WindowSystem::PopupMenu(int x, int y, const std::vector<CString>& items) {

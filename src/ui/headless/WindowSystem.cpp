@@ -10,8 +10,6 @@ namespace ob::ui {
 
 namespace {
 
-constexpr int kApplyId = 0x3021;
-
 // The local time now, as a date-time picker starts.
 SystemTime Now() {
     std::time_t t = std::time(nullptr);
@@ -67,17 +65,6 @@ void WindowSystem::InitDialog(Window& window) {
         }
 }
 
-// Removes a window after telling its sink; its controls exist until then.
-void WindowSystem::Destroy(Window* window) {
-    for (Window* page : window->pages)
-        if (page) Destroy(page);
-    if (window->sink) window->sink->OnDestroy();
-    for (Window* child : window->children) m_byHandle.erase(child->handle);
-    m_byHandle.erase(window->handle);
-}
-
-// Plays actions until the window is ended. With no action left, the window
-// is cancelled as if Escape were pressed, and a note says so.
 void WindowSystem::RunModal(Window& window) {
     m_modal.push_back(&window);
     PlayModal(window);
@@ -86,14 +73,7 @@ void WindowSystem::RunModal(Window& window) {
 
 int WindowSystem::DoModalDialog(const uint8_t* templ, size_t length, DialogSink& sink) {
     Window* w = CreateFromTemplate(templ, length, WindowType::Dialog, nullptr, &sink);
-    if (!w) return -1;
-    m_modal.push_back(w);   // controls are reachable from OnInitDialog on
-    InitDialog(*w);
-    m_modal.pop_back();
-    RunModal(*w);
-    int result = w->result;
-    Destroy(w);
-    return result;
+    return w ? RunDialog(*w) : -1;
 }
 
 void WindowSystem::ShowPage(Window& sheet, int index) {
@@ -117,22 +97,8 @@ int WindowSystem::DoModalPropertySheet(const CString& caption, const std::vector
     s->sink = &sheetSink;
     s->pageSources = pages;
     s->pages.assign(pages.size(), nullptr);
-    struct Button {
-        int id;
-        const char16_t* text;
-        uint32_t style;
-    };
-    for (const Button& b : {Button{IDC_OK, u"OK", 0x10010001}, Button{IDC_CANCEL, u"Cancel", 0x10010000},
-                            Button{kApplyId, u"Apply", 0x18010000}})
-        AddControl(*s, DialogItem{b.style, 0, 0, 0, 0, 0, static_cast<uint16_t>(b.id), u"Button", b.text});
-    sheetSink.OnCreate(s->handle);
-    m_modal.push_back(s);
-    ShowPage(*s, 0);
-    m_modal.pop_back();
-    RunModal(*s);
-    int result = s->result;
-    Destroy(s);
-    return result;
+    for (const DialogItem& button : SheetButtons(0, 0)) AddControl(*s, button);
+    return RunSheet(*s);
 }
 
 bool WindowSystem::EndDialog(WindowHandle dialog, int result) {

@@ -56,10 +56,9 @@ private:
     Window* CreateFromTemplate(const uint8_t* templ, size_t length, WindowType type, Window* parent,
                                DialogSink* sink);
     void AddControl(Window& owner, const DialogItem& item);
-    void InitDialog(Window& window);
-    void ShowPage(Window& sheet, int index);
-    void Destroy(Window* window);
-    void RunModal(Window& window);
+    void InitDialog(Window& window) override;
+    void ShowPage(Window& sheet, int index) override;
+    void RunModal(Window& window) override;
     void NotifyCommand(Window& control, unsigned code) { NotifyOwner(*this, control, code); }
     void ClickButton(Window& control);
     void EndByUser(Window& window, int id);

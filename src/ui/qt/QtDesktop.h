@@ -80,7 +80,7 @@ public:
     // Called by the dialog widgets: Enter, Escape and the close box.
     void EndByUser(QtWindow& window, int id);
     // A sheet's tab was chosen.
-    void ShowPage(QtWindow& sheet, int index);
+    void ShowPage(QtWindow& sheet, int index) override;
 
 private:
     struct Timer;
@@ -112,9 +112,9 @@ private:
                                  DialogSink* sink, QWidget* host);
     void AddControl(QtWindow& owner, const DialogItem& item, QFont font);
     void Connect(QtWindow& control);
-    void InitDialog(QtWindow& window);
-    void Destroy(QtWindow* window);
-    void RunModal(QtWindow& window);
+    void InitDialog(QtWindow& window) override;
+    void Release(QtWindow& window) override;
+    void RunModal(QtWindow& window) override;
     void WaitForPerson(QtWindow& window);
     void NotifyCommand(QtWindow& control, unsigned code) { NotifyOwner(*this, control, code); }
     void OnButtonClicked(QtWindow& control);

@@ -28,7 +28,6 @@ namespace ob::ui {
 
 namespace {
 
-constexpr int kApplyId = 0x3021;
 constexpr int kAbandonCheckMs = 50;
 
 // A dialog or sheet window: Enter, Escape and the close box become the
@@ -152,24 +151,18 @@ void QtDesktop::InitDialog(QtWindow& window) {
         }
 }
 
-// Removes a window after telling its sink; its controls exist until then.
-// The widgets go quietly (no signal from a dying control reaches a sink).
-void QtDesktop::Destroy(QtWindow* window) {
-    for (QtWindow* page : window->pages)
-        if (page) Destroy(page);
-    if (window->sink) window->sink->OnDestroy();
-    for (QtWindow* child : window->children) {
+// The widgets go quietly (no signal from a dying control reaches a sink);
+// a page's widget goes with its sheet's.
+void QtDesktop::Release(QtWindow& window) {
+    for (QtWindow* child : window.children)
         if (child->widget) child->widget->blockSignals(true);
-        m_byHandle.erase(child->handle);
-    }
-    if (QWidget* widget = window->widget.data()) {
-        if (window->tabs) window->tabs->blockSignals(true);
-        if (!window->parent) {
+    if (QWidget* widget = window.widget.data()) {
+        if (window.tabs) window.tabs->blockSignals(true);
+        if (!window.parent) {
             widget->hide();
             widget->deleteLater();
         }
     }
-    m_byHandle.erase(window->handle);
 }
 
 // With actions loaded, they play the user until the window is ended; with
@@ -204,14 +197,7 @@ void QtDesktop::WaitForPerson(QtWindow& window) {
 int QtDesktop::DoModalDialog(const uint8_t* templ, size_t length, DialogSink& sink) {
     if (!OnGuiThread()) return Desktop::DoModalDialog(templ, length, sink);
     QtWindow* w = CreateFromTemplate(templ, length, WindowType::Dialog, nullptr, &sink, nullptr);
-    if (!w) return -1;
-    m_modal.push_back(w);   // controls are reachable from OnInitDialog on
-    InitDialog(*w);
-    m_modal.pop_back();
-    RunModal(*w);
-    int result = w->result;
-    Destroy(w);
-    return result;
+    return w ? RunDialog(*w) : -1;
 }
 
 void QtDesktop::ShowPage(QtWindow& sheet, int index) {
@@ -262,28 +248,14 @@ int QtDesktop::DoModalPropertySheet(const CString& caption, const std::vector<Sh
     auto* row = new QHBoxLayout;
     row->addStretch(1);
     layout->addLayout(row);
-    struct Button {
-        int id;
-        const char16_t* text;
-        uint32_t style;
-    };
-    for (const Button& b : {Button{IDC_OK, u"OK", 0x10010001}, Button{IDC_CANCEL, u"Cancel", 0x10010000},
-                            Button{kApplyId, u"Apply", 0x18010000}}) {
-        AddControl(*s, DialogItem{b.style, 0, 0, 0, 50, 14, static_cast<uint16_t>(b.id), u"Button", b.text},
-                   QApplication::font());
+    for (const DialogItem& button : SheetButtons(50, 14)) {
+        AddControl(*s, button, QApplication::font());
         row->addWidget(s->children.back()->widget);
     }
     QObject::connect(s->tabs, &QTabWidget::currentChanged, dialog, [this, handle = s->handle](int index) {
         if (QtWindow* sheet = Find(handle); sheet && index >= 0) ShowPage(*sheet, index);
     });
-    sheetSink.OnCreate(s->handle);
-    m_modal.push_back(s);
-    ShowPage(*s, 0);
-    m_modal.pop_back();
-    RunModal(*s);
-    int result = s->result;
-    Destroy(s);
-    return result;
+    return RunSheet(*s);
 }
 
 bool QtDesktop::EndDialog(WindowHandle dialog, int result) {
