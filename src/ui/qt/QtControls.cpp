@@ -47,12 +47,19 @@ using common::TextParam;
 
 bool IsMulti(const QtWindow& w) { return (w.style & LBS_MULTIPLESEL) != 0; }
 
+// The texts of items 0 to count - 1 of a list, combo box or tab bar.
+template <class TextOf>
+std::vector<CString> Texts(int count, TextOf textOf) {
+    std::vector<CString> texts;
+    texts.reserve(static_cast<size_t>(std::max(count, 0)));
+    for (int i = 0; i < count; ++i) texts.push_back(FromQString(textOf(i)));
+    return texts;
+}
+
 // ---- list box ----
 
 std::vector<CString> ListItems(const QListWidget* list) {
-    std::vector<CString> items;
-    for (int i = 0; i < list->count(); ++i) items.push_back(FromQString(list->item(i)->text()));
-    return items;
+    return Texts(list->count(), [list](int i) { return list->item(i)->text(); });
 }
 
 intptr_t ListBoxMessage(QtWindow& w, unsigned message, uintptr_t wParam, intptr_t lParam) {
@@ -101,9 +108,7 @@ intptr_t ListBoxMessage(QtWindow& w, unsigned message, uintptr_t wParam, intptr_
 // ---- combo box ----
 
 std::vector<CString> ComboItems(const QComboBox* combo) {
-    std::vector<CString> items;
-    for (int i = 0; i < combo->count(); ++i) items.push_back(FromQString(combo->itemText(i)));
-    return items;
+    return Texts(combo->count(), [combo](int i) { return combo->itemText(i); });
 }
 
 intptr_t ComboBoxMessage(QtWindow& w, unsigned message, uintptr_t wParam, intptr_t lParam) {
@@ -534,9 +539,7 @@ std::vector<CString> QtControlItems(const QtWindow& c) {
     case ControlType::ComboBox: return ComboItems(static_cast<QComboBox*>(w));
     case ControlType::TabControl: {
         auto* bar = static_cast<QTabBar*>(w);
-        std::vector<CString> tabs;
-        for (int i = 0; i < bar->count(); ++i) tabs.push_back(FromQString(bar->tabText(i)));
-        return tabs;
+        return Texts(bar->count(), [bar](int i) { return bar->tabText(i); });
     }
     case ControlType::TreeView: {
         std::vector<std::pair<const QTreeWidgetItem*, size_t>> order;

@@ -119,6 +119,7 @@ private:
     void NotifyCommand(QtWindow& control, unsigned code) { NotifyOwner(*this, control, code); }
     void OnButtonClicked(QtWindow& control);
     void ClickWidget(QWidget* widget, QPoint at);
+    static void SendKey(QWidget* widget, int key, const QString& text = QString());
     void OnQuitSignal();
 
     Desktop* m_console;

@@ -10,7 +10,6 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QFileDialog>
-#include <QKeyEvent>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
@@ -29,13 +28,6 @@ QStringList NameFilters(const CString& filter) {
         filters << parts[i] + QStringLiteral(" (") + parts[i + 1].split(u';', Qt::SkipEmptyParts).join(u' ') +
                        QStringLiteral(")");
     return filters;
-}
-
-void SendKey(QWidget* widget, int key) {
-    QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
-    QCoreApplication::sendEvent(widget, &press);
-    QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier);
-    QCoreApplication::sendEvent(widget, &release);
 }
 
 }  // namespace

@@ -35,13 +35,6 @@ QPoint ClickPoint(const QtWindow& c) {
     return r.center();
 }
 
-void SendKey(QWidget* widget, int key, const QString& text = QString()) {
-    QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, text);
-    QApplication::sendEvent(widget, &press);
-    QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier, text);
-    QApplication::sendEvent(widget, &release);
-}
-
 }  // namespace
 
 CString ControlLine(const QtWindow& c, const QtWindow* focus) {
@@ -137,6 +130,14 @@ void QtDesktop::EndByUser(QtWindow& window, int id) {
 }
 
 // ---- the action verbs, played on the widgets ----
+
+// A key typed on `widget` (with the text it enters): press and release.
+void QtDesktop::SendKey(QWidget* widget, int key, const QString& text) {
+    QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, text);
+    QApplication::sendEvent(widget, &press);
+    QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier, text);
+    QApplication::sendEvent(widget, &release);
+}
 
 // A left click at `at` (widget coordinates): press and release.
 void QtDesktop::ClickWidget(QWidget* widget, QPoint at) {
