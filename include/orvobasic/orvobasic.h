@@ -455,12 +455,14 @@ typedef struct OB_OutputHandlers {
  *
  * A host that sets nothing gets the library's desktop: the headless one,
  * unless a C++ host installed its own with ob::ui::SetDesktop. The headless
- * desktop writes nothing anywhere (the library never touches the host's
- * stdout or stderr, which may be a protocol stream, a log or closed), drops
- * printed text, answers every box with OK and every error box with OK, so
- * an unattended script goes on past an error as a user choosing OK would;
- * the last error stays readable with OB_GetLastError and
- * OB_GetLastErrorInfo. */
+ * desktop drops printed text, answers every box with OK and every error box
+ * with OK, so an unattended script goes on past an error as a user choosing
+ * OK would; the last error stays readable with OB_GetLastError and
+ * OB_GetLastErrorInfo. It writes to the process's streams only for dialogs:
+ * a dialog cancelled because no UI action is left (or a failed action) gives
+ * one note line on stderr, and a `snapshot` action prints on stdout. A host
+ * whose stdout or stderr must stay clean (a protocol stream, say) installs
+ * a desktop of its own that overrides UiNote and UiOutput. */
 OB_API void OB_SetOutputHandlers(OB_HANDLE script, const OB_OutputHandlers* handlers);
 
 /* Reads a script variable into `*value`, which the caller has initialised
