@@ -40,11 +40,29 @@ int g_argc = 1;
 char g_name[] = "orvobasic";
 char* g_argv[] = {g_name, nullptr};
 
+QtMessageHandler g_hostHandler = nullptr;
+
+// Qt complains on stderr when the session has no runtime directory (a root
+// shell, a service) and then uses one under /tmp itself: nothing is wrong,
+// so that one warning is dropped; every other message goes where it went.
+void QuietStartup(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+    if (type == QtWarningMsg && text.startsWith(QStringLiteral("QStandardPaths: XDG_RUNTIME_DIR not set"))) return;
+    if (g_hostHandler) g_hostHandler(type, context, text);
+    else qt_message_output(type, context, text);
+}
+
+QApplication* MakeApplication() {
+    g_hostHandler = qInstallMessageHandler(QuietStartup);
+    auto* app = new QApplication(g_argc, g_argv);
+    qInstallMessageHandler(g_hostHandler);
+    return app;
+}
+
 }  // namespace
 
 QtDesktop::QtDesktop(Desktop* console) : WindowDriver(*this, kFirstHandle), m_console(console) {
     if (!QApplication::instance()) {
-        m_ownApp = new QApplication(g_argc, g_argv);
+        m_ownApp = MakeApplication();
         // One look everywhere, so dialogs look the same on every machine.
         if (QStyle* fusion = QStyleFactory::create(QStringLiteral("Fusion"))) QApplication::setStyle(fusion);
         QApplication::setQuitOnLastWindowClosed(false);
