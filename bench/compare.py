@@ -78,7 +78,7 @@ def main():
     ap.add_argument('--scale', type=float, default=1.0)
     ap.add_argument('--only', default='')
     opts = ap.parse_args()
-    commands = {p: (spec[3] or [os.path.abspath(opts.runner)]) for p, spec in PEERS.items()}
+    commands = {p: (entry[3] or [os.path.abspath(opts.runner)]) for p, entry in PEERS.items()}
     present = [p for p in PEERS if shutil.which(commands[p][0])]
     benches = [b for b in SIZES if not opts.only or b in opts.only.split(',')]
     tmp = tempfile.mkdtemp(prefix='ob-bench-')
