@@ -26,15 +26,26 @@ bool CompiledEngineWanted();
 
 enum class NodeKind : uint8_t { Number, Variable, Element, Negate, Binary };
 
+// A variable name written at a fixed text position, with the store bindings
+// that position looks it up through once they are known.
+struct VariableRef {
+    uint32_t position = 0;
+    CString name;
+    void* global = nullptr;   // the binding of the name as a global
+    void* local = nullptr;    // the name's symbol, for the local of the current level
+    unsigned level = 0;       // the scope level `levelBinding` belongs to (0: none yet)
+    void* levelBinding = nullptr;
+};
+
 // One node of an expression tree; children are indices into the same vector.
 struct ExprNode {
     NodeKind kind = NodeKind::Number;
     int op = 0;               // Binary: the arithmetic operation
+    char16_t symbol = 0;      // Binary: its operator character
     uint32_t left = 0;        // Negate, Binary: operand; Element: subscript
     uint32_t right = 0;       // Binary: right operand
     double number = 0;        // Number
-    uint32_t position = 0;    // Variable, Element: where the name is written
-    CString name;             // Variable, Element
+    VariableRef variable;     // Variable, Element
 };
 
 // TokenState::pendingIndex when the statement reads no variable token and so
@@ -54,23 +65,26 @@ struct TokenState {
     FUNCTION_TYPE function = FT_NONE;
 };
 
-enum class StatementKind : uint8_t { Assignment, If };
+enum class StatementKind : uint8_t { Assignment, If, DoWhile };
 
 struct CompiledStatement {
     StatementKind kind = StatementKind::Assignment;
     std::vector<ExprNode> nodes;
     // Assignment: the target and its subscript (when `indexed`), the value.
-    uint32_t targetPosition = 0;
-    CString target;
+    VariableRef target;
     bool indexed = false;
     uint32_t subscript = 0;
     uint32_t value = 0;
-    // If: the two sides of the comparison and its operation.
+    // If, DoWhile: the two sides of the comparison and its operation.
     uint32_t left = 0;
     uint32_t right = 0;
     int comparison = 0;
     int depth = 0;            // expression nesting the text path would reach
     TokenState end;           // after the statement (If: after "then")
+    // Assignment ending at a line end: the state after that line end too,
+    // for the statement loop, which would read it as a statement of its own.
+    bool foldsLine = false;
+    TokenState afterLine;
 };
 
 class CompiledStatements {
@@ -78,22 +92,48 @@ public:
     // The statement beginning with the variable token just read: true when it
     // ran compiled; false when the text path must run it (nothing was done).
     bool RunAssignment(COrvoBasic& basic);
+    // The statement loop is about to read a statement at the cursor: true
+    // when a compiled assignment known to begin there ran, with the line end
+    // after it read as well; false when the loop must read it (nothing done).
+    // With `tokens`, a line end or statement word read there before is
+    // taken as read again (without reading the text) and dispatched.
+    bool RunStatementAt(COrvoBasic& basic, bool tokens);
+    // The statement loop has read the first token of the statement starting
+    // at `start`: a line end or a statement word is remembered.
+    void NoteStatementToken(COrvoBasic& basic, uint32_t start);
     // "if" just read: 1 or 0 as ExecIf returns, -1 when the text path must run it.
     int RunIf(COrvoBasic& basic);
+    // "do" just read: as RunIf, for ExecDoWhile.
+    int RunDoWhile(COrvoBasic& basic);
     // The text changed: every compiled form is void.
     void Clear();
     // Sets the cursor and the current token to `state` (the function kind
     // of the last call read is left alone).
     static void Restore(COrvoBasic& basic, const TokenState& state);
+    // Where get_token starts reading a token when the cursor is at `position`.
+    static uint32_t TokenStartFrom(const COrvoBasic& basic, uint32_t position);
 
 private:
     CompiledStatement* Lookup(COrvoBasic& basic, uint32_t key, StatementKind kind);
     static bool MayRun(const COrvoBasic& basic, const CompiledStatement& statement);
-    static bool Evaluate(COrvoBasic& basic, const std::vector<ExprNode>& nodes, uint32_t at, double& out);
+    static bool Evaluate(COrvoBasic& basic, std::vector<ExprNode>& nodes, uint32_t at, double& out);
+    static CBasicVariable* Find(COrvoBasic& basic, VariableRef& ref);
+    bool Assign(COrvoBasic& basic, CompiledStatement& statement);
+    bool Condition(COrvoBasic& basic, uint32_t key, StatementKind kind, bool& holds);
 
     // Per text position: 0 not yet seen, 1 not compilable, else 2 + slot.
     std::vector<uint32_t> m_index;
     std::vector<std::unique_ptr<CompiledStatement>> m_statements;
+    // What the statement loop finds where it starts a statement: a compiled
+    // assignment, or else the token it read there.
+    struct Entry {
+        CompiledStatement* assignment = nullptr;
+        TokenState token;
+    };
+    // Per text position: 0, or 1 + the index of its entry.
+    std::vector<uint32_t> m_entries;
+    std::vector<Entry> m_entryList;
+    uint32_t& EntryAt(const COrvoBasic& basic, uint32_t start);
     CBasicVariable m_value;   // the computed value, stored as the text path stores its result
 };
 
@@ -104,8 +144,8 @@ public:
     explicit StatementCompiler(COrvoBasic& basic) : m_basic(basic) {}
     // The variable token starting the statement has just been read.
     std::unique_ptr<CompiledStatement> CompileAssignment();
-    // "if" has just been read.
-    std::unique_ptr<CompiledStatement> CompileIf();
+    // "if" or "do" has just been read.
+    std::unique_ptr<CompiledStatement> CompileCondition(StatementKind kind);
 
 private:
     struct Failed {};

@@ -27,13 +27,13 @@ TokenState StatementCompiler::Save() const {
                       b.m_pendingIndex, b.m_function};
 }
 
-// Where get_token would start reading a token from `position`.
-uint32_t StatementCompiler::SkipBlanks(uint32_t position) const {
-    const COrvoBasic& b = m_basic;
+uint32_t CompiledStatements::TokenStartFrom(const COrvoBasic& b, uint32_t position) {
     while (position < b.m_endIndex && IsBlank(b.m_text[position])) ++position;
     while (position < b.m_endIndex && IsSkippedControl(b.m_text[position])) ++position;
     return position;
 }
+
+uint32_t StatementCompiler::SkipBlanks(uint32_t position) const { return CompiledStatements::TokenStartFrom(m_basic, position); }
 
 // True when reading the token at `position` has no effect beyond the cursor
 // and the current token: no string literal (it may report an unclosed
@@ -80,10 +80,10 @@ uint32_t StatementCompiler::Sum() {
     uint32_t left = Product();
     const CString& token = m_basic.m_token;
     while (!token.empty() && (token[0] == u'+' || token[0] == u'-')) {
-        int op = COrvoBasic::GetArithOperation(token[0]);
+        char16_t symbol = token[0];
         Next();
         uint32_t right = Product();
-        left = Add(ExprNode{NodeKind::Binary, op, left, right, 0, 0, {}});
+        left = Add(ExprNode{NodeKind::Binary, COrvoBasic::GetArithOperation(symbol), symbol, left, right, 0, {}});
     }
     return left;
 }
@@ -92,10 +92,10 @@ uint32_t StatementCompiler::Product() {
     uint32_t left = Power();
     const CString& token = m_basic.m_token;
     while (!token.empty() && (token[0] == u'*' || token[0] == u'/' || token[0] == u'%')) {
-        int op = COrvoBasic::GetArithOperation(token[0]);
+        char16_t symbol = token[0];
         Next();
         uint32_t right = Power();
-        left = Add(ExprNode{NodeKind::Binary, op, left, right, 0, 0, {}});
+        left = Add(ExprNode{NodeKind::Binary, COrvoBasic::GetArithOperation(symbol), symbol, left, right, 0, {}});
     }
     return left;
 }
@@ -108,7 +108,7 @@ uint32_t StatementCompiler::Power() {
         Next();
         uint32_t right = Power();
         --m_depth;
-        left = Add(ExprNode{NodeKind::Binary, COrvoBasic::GetArithOperation(u'^'), left, right, 0, 0, {}});
+        left = Add(ExprNode{NodeKind::Binary, COrvoBasic::GetArithOperation(u'^'), u'^', left, right, 0, {}});
     }
     return left;
 }
@@ -121,7 +121,7 @@ uint32_t StatementCompiler::Signed() {
         Next();
     }
     uint32_t operand = Group();
-    if (sign == u'-') return Add(ExprNode{NodeKind::Negate, 0, operand, 0, 0, 0, {}});
+    if (sign == u'-') return Add(ExprNode{NodeKind::Negate, 0, 0, operand, 0, 0, {}});
     return operand;
 }
 
@@ -139,12 +139,12 @@ uint32_t StatementCompiler::Group() {
 uint32_t StatementCompiler::Primary() {
     COrvoBasic& b = m_basic;
     if (b.m_tokenType == NUMBER) {
-        uint32_t node = Add(ExprNode{NodeKind::Number, 0, 0, 0, pf::ParseDouble(b.m_token), 0, {}});
+        uint32_t node = Add(ExprNode{NodeKind::Number, 0, 0, 0, 0, pf::ParseDouble(b.m_token), {}});
         Next();
         return node;
     }
     if (b.m_tokenType != VARIABLE) throw Failed{};
-    ExprNode node{NodeKind::Variable, 0, 0, 0, 0, b.m_pos - static_cast<uint32_t>(b.m_token.size()), b.m_token};
+    ExprNode node{NodeKind::Variable, 0, 0, 0, 0, 0, {b.m_pos - static_cast<uint32_t>(b.m_token.size()), b.m_token}};
     if (b.CurChar() == u'[') {
         Next();
         node.kind = NodeKind::Element;
@@ -184,8 +184,8 @@ std::unique_ptr<CompiledStatement> StatementCompiler::CompileAssignment() {
     b.m_pendingIndex = kKeepPendingIndex;
     try {
         statement->kind = StatementKind::Assignment;
-        statement->target = b.m_token;
-        statement->targetPosition = b.m_pos - static_cast<uint32_t>(b.m_token.size());
+        statement->target.name = b.m_token;
+        statement->target.position = b.m_pos - static_cast<uint32_t>(b.m_token.size());
         statement->indexed = b.CurChar() == u'[';
         if (statement->indexed) {
             Next();
@@ -202,6 +202,11 @@ std::unique_ptr<CompiledStatement> StatementCompiler::CompileAssignment() {
                     b.m_tokenType == COMMENT;
         if (!ends) throw Failed{};
         statement->end = Save();
+        if (b.m_command == CMD_EOL) {
+            Next();
+            statement->foldsLine = true;
+            statement->afterLine = Save();
+        }
     } catch (const Failed&) {
         ok = false;
     }
@@ -213,7 +218,7 @@ std::unique_ptr<CompiledStatement> StatementCompiler::CompileAssignment() {
     return statement;
 }
 
-std::unique_ptr<CompiledStatement> StatementCompiler::CompileIf() {
+std::unique_ptr<CompiledStatement> StatementCompiler::CompileCondition(StatementKind kind) {
     COrvoBasic& b = m_basic;
     TokenState start = Save();
     auto statement = std::make_unique<CompiledStatement>();
@@ -221,12 +226,18 @@ std::unique_ptr<CompiledStatement> StatementCompiler::CompileIf() {
     bool ok = true;
     b.m_pendingIndex = kKeepPendingIndex;
     try {
-        statement->kind = StatementKind::If;
+        statement->kind = kind;
+        if (kind == StatementKind::DoWhile) {
+            Next();
+            if (b.m_tokenType != KEYWORD || b.m_keyword != KW_WHILE) throw Failed{};
+        }
         statement->left = Expression();
         statement->comparison = Comparison();
         statement->right = Expression();
-        Next();
-        if (b.m_tokenType != COMMAND || b.m_command != CMD_THEN) throw Failed{};
+        if (kind == StatementKind::If) {
+            Next();
+            if (b.m_tokenType != COMMAND || b.m_command != CMD_THEN) throw Failed{};
+        }
         statement->end = Save();
     } catch (const Failed&) {
         ok = false;

@@ -164,7 +164,10 @@ void COrvoBasic::RunMainLoop() {
 // Reads one token and executes the statement it begins.
 void COrvoBasic::ExecStatement() {
     m_stmtPos = m_pos;
-    DispatchStatement(get_token());
+    if (m_compiled && m_compiled->RunStatementAt(*this, true)) return;
+    BASIC_TOKEN_TYPE type = get_token();
+    if (m_compiled) m_compiled->NoteStatementToken(*this, m_stmtPos);
+    DispatchStatement(type);
 }
 
 // Executes the statement whose first token (of `type`) has just been read. A

@@ -225,6 +225,10 @@ bool COrvoBasic::ExecNextByName() {
 
 // do while CONDITION; a false condition skips past the matching "loop".
 bool COrvoBasic::ExecDoWhile() {
+    if (m_compiled) {
+        int compiled = m_compiled->RunDoWhile(*this);
+        if (compiled >= 0) return compiled != 0;
+    }
     uint32_t doPosition = m_pos - static_cast<uint32_t>(m_token.size());
     get_token();
     if (m_tokenType != KEYWORD) ReportError(1);

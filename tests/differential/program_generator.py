@@ -50,6 +50,8 @@ def string_expression(rng):
 
 
 def condition(rng):
+    if rng.random() < 0.5:   # small whole numbers: equal sides are common
+        return f"{rng.choice(NUMERIC + ['f0', 'd0'])} {rng.choice(COMPARISONS)} {rng.randrange(4)}"
     return f"{expression(rng)} {rng.choice(COMPARISONS)} {expression(rng)}"
 
 
