@@ -46,6 +46,8 @@ void CompiledStatements::Clear() {
     m_index.clear();
     m_entries.clear();
     m_entryList.clear();
+    m_tokenIndex.clear();
+    m_knownTokens.clear();
     m_statements.clear();
 }
 
@@ -57,6 +59,41 @@ void CompiledStatements::Restore(COrvoBasic& basic, const TokenState& state) {
     basic.m_command = state.command;
     basic.m_keyword = state.keyword;
     if (state.pendingIndex != kKeepPendingIndex) basic.m_pendingIndex = state.pendingIndex;
+}
+
+void CompiledStatements::NoteToken(COrvoBasic& basic, uint32_t start) {
+    switch (basic.m_tokenType) {
+    case DELIMITER:
+        if (basic.m_command == CMD_FINISHED) return;   // the end of a text that may grow
+        break;
+    case QUOTE: {
+        // Only a literal closed by its quote: any other end may be reported.
+        uint32_t open = TokenStartFrom(basic, start);
+        uint32_t close = open + 1 + static_cast<uint32_t>(basic.m_token.size());
+        if (close >= basic.m_length || basic.m_text[close] != u'"' || basic.m_pos != close + 1) return;
+        break;
+    }
+    case NUMBER: case COMMAND: case KEYWORD: case VARIABLE: case LABEL: case COMMENT:
+        break;
+    default:   // calls and dotted names depend on the tables and the store
+        return;
+    }
+    if (start >= m_tokenIndex.size()) m_tokenIndex.resize(std::max<size_t>(basic.m_length, start) + 1, 0);
+    if (m_tokenIndex[start] != 0) return;
+    m_knownTokens.push_back(TokenState{basic.m_pos, basic.m_token, basic.m_tokenType, TOKEN_NONE, basic.m_command,
+                                       basic.m_keyword, basic.m_tokenType == VARIABLE ? 0 : kKeepPendingIndex,
+                                       FT_NONE});
+    m_tokenIndex[start] = static_cast<uint32_t>(m_knownTokens.size());
+}
+
+void CompiledStatements::ApplyKnownToken(COrvoBasic& basic, const TokenState& token) {
+    basic.m_prevTokenType = basic.m_tokenType;
+    basic.m_pos = token.position;
+    basic.m_token.assign(token.token);
+    basic.m_tokenType = token.type;
+    basic.m_command = token.command;
+    basic.m_keyword = token.keyword;
+    if (token.pendingIndex != kKeepPendingIndex) basic.m_pendingIndex = token.pendingIndex;
 }
 
 // The compiled form of the statement at `key`, compiled on first sight;

@@ -105,6 +105,18 @@ public:
     int RunIf(COrvoBasic& basic);
     // "do" just read: as RunIf, for ExecDoWhile.
     int RunDoWhile(COrvoBasic& basic);
+    // get_token at the cursor: true when the token read there before was
+    // one whose reading depends on the text alone; the cursor and current
+    // token are then set as reading it would set them.
+    bool TakeKnownToken(COrvoBasic& basic) {
+        uint32_t at = basic.GetPosition();
+        if (at >= m_tokenIndex.size() || m_tokenIndex[at] == 0) return false;
+        ApplyKnownToken(basic, m_knownTokens[m_tokenIndex[at] - 1]);
+        return true;
+    }
+    // get_token has read a token from `start`: remembered when its reading
+    // depends on the text alone and reports nothing.
+    void NoteToken(COrvoBasic& basic, uint32_t start);
     // The text changed: every compiled form is void.
     void Clear();
     // Sets the cursor and the current token to `state` (the function kind
@@ -134,6 +146,10 @@ private:
     std::vector<uint32_t> m_entries;
     std::vector<Entry> m_entryList;
     uint32_t& EntryAt(const COrvoBasic& basic, uint32_t start);
+    // Tokens by the position get_token started reading at: 0, or 1 + index.
+    std::vector<uint32_t> m_tokenIndex;
+    std::vector<TokenState> m_knownTokens;
+    static void ApplyKnownToken(COrvoBasic& basic, const TokenState& token);
     CBasicVariable m_value;   // the computed value, stored as the text path stores its result
 };
 
