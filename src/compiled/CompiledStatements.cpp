@@ -174,7 +174,13 @@ bool CompiledStatements::Evaluate(COrvoBasic& basic, std::vector<ExprNode>& node
         return true;
     case NodeKind::Binary: {
         double right = 0;
-        if (!Evaluate(basic, nodes, node.left, out) || !Evaluate(basic, nodes, node.right, right)) return false;
+        // Number operands are read in place: most operations have one.
+        const ExprNode& second = nodes[node.right];
+        if (!Evaluate(basic, nodes, node.left, out)) return false;
+        if (second.kind == NodeKind::Number)
+            right = second.number;
+        else if (!Evaluate(basic, nodes, node.right, right))
+            return false;
         switch (node.symbol) {
         case u'+': out += right; return true;
         case u'-': out -= right; return true;

@@ -61,6 +61,9 @@ def compare(runner, fixtures, script):
     exp = run_golden.parse_script(script)
     compiled = run_once(runner, fixtures, script, exp, False)
     text = run_once(runner, fixtures, script, exp, True)
+    for name, run in (("compiled", compiled), ("text", text)):
+        if any(run_golden.SANITIZER_LINE.search(line) for line in run[2].split("\n")):
+            return f"a sanitizer reported a problem on the {name} engine:\n{run[2][:3000]}"
     if compiled == text:
         return None
     again = run_once(runner, fixtures, script, exp, True)
