@@ -8,7 +8,7 @@ PREFIX ?= /usr/local
 
 # Steps run one after another even under `make -j`: deps must finish before configuring.
 .NOTPARALLEL:
-.PHONY: all deps build run test asan tsan fuzz bench clean help install
+.PHONY: all deps build run test asan tsan fuzz bench clean help install differential
 
 all: build
 
@@ -21,6 +21,7 @@ help:
 	@echo "make tsan   deps, then build and run the host and thread tests under ThreadSanitizer (build/tsan)"
 	@echo "make fuzz   deps + clang, then fuzz each target for FUZZ_SECONDS (default 60) with ASan + UBSan (build/fuzz)"
 	@echo "make bench  peers + build, then time bench/ against lua5.4, yabasic and brandy"
+	@echo "make differential  build, then compare both engines on DIFF_PROGRAMS (5000) generated programs"
 	@echo "make install PREFIX=DIR  build, then install under DIR (default /usr/local; DESTDIR honoured)"
 	@echo "make clean  remove the build directories"
 
@@ -78,6 +79,11 @@ bench:
 	$(call configure_and_build,default)
 	@python3 bench/compare.py build/default/orvobasic --reps $(BENCH_REPS) || true
 	@bash bench/run_bench.sh
+
+# Many more generated programs through both engines than `make test` runs.
+DIFF_PROGRAMS ?= 5000
+differential: build
+	@python3 tests/differential/run_differential.py --runner build/default/orvobasic --random $(DIFF_PROGRAMS)
 
 clean:
 	rm -rf build

@@ -137,6 +137,8 @@ struct CDeclaredArg;
 class CSerialPort;
 class CSerialPortTable;
 class CSourceMap;
+class CompiledStatements;
+class StatementCompiler;
 struct SourceRequest;
 struct OutputHooks;
 
@@ -587,6 +589,10 @@ public:
     void SetArgBufferCount(size_t n) { m_argBuffers = n; }
 
 private:
+    // Statements compiled on first execution read and restore the cursor
+    // and the current token exactly as the text path leaves them.
+    friend class ob::CompiledStatements;
+    friend class ob::StatementCompiler;
     void DecodeScript(const std::string& bytes, CString& out) const;
     void DefineScriptArguments();
     bool LoadSources(const CString& path, bool& aborted);
@@ -695,6 +701,9 @@ private:
     void Unbind(const CString& key);
     const CString& LevelSuffix(unsigned level);
     void ForgetTextCaches();
+    // Compiled forms of statements by start position; null when the
+    // compiled engine is switched off (OB_ENGINE=text).
+    std::unique_ptr<ob::CompiledStatements> m_compiled;
     std::vector<uint32_t> m_factIndex;    // per text position: 1 + index into m_facts, 0 for none
     std::vector<PositionFacts> m_facts;
     struct PairEnd {

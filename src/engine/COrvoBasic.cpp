@@ -3,6 +3,7 @@
 #include <orvobasic/COrvoBasic.h>
 #include <orvobasic/desktop.h>
 
+#include "compiled/CompiledStatements.h"
 #include "engine/Capabilities.h"
 #include "engine/EventTable.h"
 #include "engine/SourceMap.h"
@@ -50,6 +51,7 @@ COrvoBasic::COrvoBasic()
     SetVariableDirect(u"True", CBasicVariable(true), 0, true);
     SetVariableDirect(u"False", CBasicVariable(false), 0, true);
     std::srand(static_cast<unsigned>(std::time(nullptr)));
+    if (CompiledEngineWanted()) m_compiled = std::make_unique<CompiledStatements>();
 }
 
 COrvoBasic::~COrvoBasic() {
@@ -100,6 +102,7 @@ void COrvoBasic::ForgetTextCaches() {
     m_facts.clear();
     m_pairCache.clear();
     m_blockEnds.clear();
+    if (m_compiled) m_compiled->Clear();
 }
 
 void COrvoBasic::SetProgramText(const CString& text) {
@@ -161,7 +164,10 @@ void COrvoBasic::RunMainLoop() {
 // Reads one token and executes the statement it begins.
 void COrvoBasic::ExecStatement() {
     m_stmtPos = m_pos;
-    DispatchStatement(get_token());
+    if (m_compiled && m_compiled->RunStatementAt(*this, true)) return;
+    BASIC_TOKEN_TYPE type = get_token();
+    if (m_compiled) m_compiled->NoteStatementToken(*this, m_stmtPos);
+    DispatchStatement(type);
 }
 
 // Executes the statement whose first token (of `type`) has just been read. A
@@ -293,6 +299,7 @@ const StatementTable& Statements() {
 bool COrvoBasic::Exec_command() {
     static const StatementTable& table = Statements();
     if (m_tokenType == VARIABLE || m_tokenType == STRUCT_MEMBER || m_tokenType == UNKNOWN_MEMBER) {
+        if (m_compiled && m_tokenType == VARIABLE && m_compiled->RunAssignment(*this)) return true;
         putback();
         return assignment();
     }

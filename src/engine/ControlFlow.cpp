@@ -3,6 +3,8 @@
 // read token by token, a loop goes back to a saved position.
 #include <orvobasic/COrvoBasic.h>
 
+#include "compiled/CompiledStatements.h"
+
 using namespace ob;
 
 bool COrvoBasic::LabelsFree() {
@@ -110,6 +112,10 @@ COMMAND_TYPE COrvoBasic::FindLastPair(COMMAND_TYPE open, COMMAND_TYPE close, COM
 }
 
 bool COrvoBasic::ExecIf() {
+    if (m_compiled) {
+        int compiled = m_compiled->RunIf(*this);
+        if (compiled >= 0) return compiled != 0;
+    }
     bool condition = ExecLogicalStatement();
     get_token();
     if (m_command != CMD_THEN) {
@@ -219,6 +225,10 @@ bool COrvoBasic::ExecNextByName() {
 
 // do while CONDITION; a false condition skips past the matching "loop".
 bool COrvoBasic::ExecDoWhile() {
+    if (m_compiled) {
+        int compiled = m_compiled->RunDoWhile(*this);
+        if (compiled >= 0) return compiled != 0;
+    }
     uint32_t doPosition = m_pos - static_cast<uint32_t>(m_token.size());
     get_token();
     if (m_tokenType != KEYWORD) ReportError(1);

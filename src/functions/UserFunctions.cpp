@@ -3,6 +3,8 @@
 // value is the variable bearing its own name at its level.
 #include <orvobasic/COrvoBasic.h>
 
+#include "compiled/CompiledStatements.h"
+
 #include "platform/LargeStack.h"
 #include "platform/StackGuard.h"
 
@@ -47,6 +49,7 @@ bool COrvoBasic::RunFunctionBody() {
     FindEOL();
     for (;;) {
         m_stmtPos = m_pos;
+        if (m_compiled && m_compiled->RunStatementAt(*this, false)) continue;
         uint32_t before = m_pos;
         BASIC_TOKEN_TYPE type = get_token();
         if (m_command == CMD_ENDFUNCTION || m_command == CMD_ENDSUB || m_command == CMD_RETURN) return true;

@@ -2,6 +2,7 @@
 // at the cursor and classifies it. All parsing is done through this.
 #include <orvobasic/COrvoBasic.h>
 
+#include "compiled/CompiledStatements.h"
 #include "platform/CharClass.h"
 
 #include <algorithm>
@@ -149,46 +150,55 @@ BASIC_TOKEN_TYPE COrvoBasic::ClassifyIdentifier() {
     return VARIABLE;
 }
 
+// A token whose reading depends on the text alone is read once per
+// position; later reads take what the first one found.
 BASIC_TOKEN_TYPE COrvoBasic::get_token() {
-    m_prevTokenType = m_tokenType;
-    m_tokenType = TOKEN_NONE;
-    m_keyword = KW_NONE;
-    m_command = CMD_NONE;
-    if (IsEndOfProgram()) {
-        m_token.clear();
-        m_command = CMD_FINISHED;
-        return m_tokenType = DELIMITER;
-    }
-    while (IsBlank(CurChar()) && !IsEndOfProgram()) NextChar();
-    while (IsSkippedControl(CurChar()) && !IsEndOfProgram()) NextChar();
-    char16_t c = CurChar();
-    if (IsLineEnd(c)) {
-        NextChar();
-        if (IsLineEnd(CurChar())) NextChar();
-        m_command = CMD_EOL;
-        m_token.assign(u"\n");
-        return m_tokenType = DELIMITER;
-    }
-    if (c == u'#') {
-        FindEOL();
-        m_token.clear();
-        return m_tokenType = COMMENT;
-    }
-    if (IsDelimiterChar(c)) {
-        m_token.assign(1, c);
-        NextChar();
-        return m_tokenType = DELIMITER;
-    }
-    if (c == u'"') {
-        NextChar();
-        ReadStringLiteral();
+    if (m_compiled && m_compiled->TakeKnownToken(*this)) return m_tokenType;
+    uint32_t start = m_pos;
+    auto read = [this]() -> BASIC_TOKEN_TYPE {
+        m_prevTokenType = m_tokenType;
+        m_tokenType = TOKEN_NONE;
+        m_keyword = KW_NONE;
+        m_command = CMD_NONE;
+        if (IsEndOfProgram()) {
+            m_token.clear();
+            m_command = CMD_FINISHED;
+            return m_tokenType = DELIMITER;
+        }
+        while (IsBlank(CurChar()) && !IsEndOfProgram()) NextChar();
+        while (IsSkippedControl(CurChar()) && !IsEndOfProgram()) NextChar();
+        char16_t c = CurChar();
+        if (IsLineEnd(c)) {
+            NextChar();
+            if (IsLineEnd(CurChar())) NextChar();
+            m_command = CMD_EOL;
+            m_token.assign(u"\n");
+            return m_tokenType = DELIMITER;
+        }
+        if (c == u'#') {
+            FindEOL();
+            m_token.clear();
+            return m_tokenType = COMMENT;
+        }
+        if (IsDelimiterChar(c)) {
+            m_token.assign(1, c);
+            NextChar();
+            return m_tokenType = DELIMITER;
+        }
+        if (c == u'"') {
+            NextChar();
+            ReadStringLiteral();
+            return m_tokenType;
+        }
+        if (pf::IsDigit(c)) {
+            ReadIdentifier();
+            return m_tokenType = NUMBER;
+        }
+        if (pf::IsAlpha(c)) return m_tokenType = ClassifyIdentifier();
+        m_token.clear();   // nothing begins here; the cursor stays
         return m_tokenType;
-    }
-    if (pf::IsDigit(c)) {
-        ReadIdentifier();
-        return m_tokenType = NUMBER;
-    }
-    if (pf::IsAlpha(c)) return m_tokenType = ClassifyIdentifier();
-    m_token.clear();   // nothing begins here; the cursor stays
-    return m_tokenType;
+    };
+    BASIC_TOKEN_TYPE type = read();
+    if (m_compiled) m_compiled->NoteToken(*this, start);
+    return type;
 }

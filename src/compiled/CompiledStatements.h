@@ -1,0 +1,189 @@
+// Statements compiled on their first execution.
+//
+// An assignment of a numeric expression and the condition of an "if" are
+// parsed once, with the interpreter's own tokenizer, into a small tree whose
+// leaves name the text positions of their variables. Running the tree reads
+// the variables through the same position bindings the text path uses and
+// computes with the same arithmetic. Whenever the text path could report an
+// error or behave differently (a name not defined, a value that is no
+// number, an array where a single value is read, a subscript out of range,
+// a watched target, budgets, a line hook, a stop request, deep nesting),
+// nothing has been written yet and the statement runs on the text path from
+// its start instead.
+#pragma once
+
+#include <orvobasic/COrvoBasic.h>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace ob {
+
+// False when the environment variable OB_ENGINE is "text": every statement
+// then runs on the text path (the differential tests compare both).
+bool CompiledEngineWanted();
+
+enum class NodeKind : uint8_t { Number, Variable, Element, Negate, Binary };
+
+// A variable name written at a fixed text position, with the store bindings
+// that position looks it up through once they are known.
+struct VariableRef {
+    uint32_t position = 0;
+    CString name;
+    void* global = nullptr;   // the binding of the name as a global
+    void* local = nullptr;    // the name's symbol, for the local of the current level
+    unsigned level = 0;       // the scope level `levelBinding` belongs to (0: none yet)
+    void* levelBinding = nullptr;
+};
+
+// One node of an expression tree; children are indices into the same vector.
+struct ExprNode {
+    NodeKind kind = NodeKind::Number;
+    int op = 0;               // Binary: the arithmetic operation
+    char16_t symbol = 0;      // Binary: its operator character
+    uint32_t left = 0;        // Negate, Binary: operand; Element: subscript
+    uint32_t right = 0;       // Binary: right operand
+    double number = 0;        // Number
+    VariableRef variable;     // Variable, Element
+};
+
+// TokenState::pendingIndex when the statement reads no variable token and so
+// leaves the pending subscript as it was.
+constexpr int kKeepPendingIndex = -0x5eed;
+
+// The cursor and current token as the text path leaves them at a fixed point
+// of a statement (they depend on the text alone).
+struct TokenState {
+    uint32_t position = 0;
+    CString token;
+    BASIC_TOKEN_TYPE type = TOKEN_NONE;
+    BASIC_TOKEN_TYPE previousType = TOKEN_NONE;
+    COMMAND_TYPE command = CMD_NONE;
+    KEYWORD_TYPE keyword = KW_NONE;
+    int pendingIndex = 0;
+    FUNCTION_TYPE function = FT_NONE;
+};
+
+enum class StatementKind : uint8_t { Assignment, If, DoWhile };
+
+struct CompiledStatement {
+    StatementKind kind = StatementKind::Assignment;
+    std::vector<ExprNode> nodes;
+    // Assignment: the target and its subscript (when `indexed`), the value.
+    VariableRef target;
+    bool indexed = false;
+    uint32_t subscript = 0;
+    uint32_t value = 0;
+    // If, DoWhile: the two sides of the comparison and its operation.
+    uint32_t left = 0;
+    uint32_t right = 0;
+    int comparison = 0;
+    int depth = 0;            // expression nesting the text path would reach
+    TokenState end;           // after the statement (If: after "then")
+    // Assignment ending at a line end: the state after that line end too,
+    // for the statement loop, which would read it as a statement of its own.
+    bool foldsLine = false;
+    TokenState afterLine;
+};
+
+class CompiledStatements {
+public:
+    // The statement beginning with the variable token just read: true when it
+    // ran compiled; false when the text path must run it (nothing was done).
+    bool RunAssignment(COrvoBasic& basic);
+    // The statement loop is about to read a statement at the cursor: true
+    // when a compiled assignment known to begin there ran, with the line end
+    // after it read as well; false when the loop must read it (nothing done).
+    // With `tokens`, a line end or statement word read there before is
+    // taken as read again (without reading the text) and dispatched.
+    bool RunStatementAt(COrvoBasic& basic, bool tokens);
+    // The statement loop has read the first token of the statement starting
+    // at `start`: a line end or a statement word is remembered.
+    void NoteStatementToken(COrvoBasic& basic, uint32_t start);
+    // "if" just read: 1 or 0 as ExecIf returns, -1 when the text path must run it.
+    int RunIf(COrvoBasic& basic);
+    // "do" just read: as RunIf, for ExecDoWhile.
+    int RunDoWhile(COrvoBasic& basic);
+    // get_token at the cursor: true when the token read there before was
+    // one whose reading depends on the text alone; the cursor and current
+    // token are then set as reading it would set them.
+    bool TakeKnownToken(COrvoBasic& basic) {
+        uint32_t at = basic.GetPosition();
+        if (at >= m_tokenIndex.size() || m_tokenIndex[at] == 0) return false;
+        ApplyKnownToken(basic, m_knownTokens[m_tokenIndex[at] - 1]);
+        return true;
+    }
+    // get_token has read a token from `start`: remembered when its reading
+    // depends on the text alone and reports nothing.
+    void NoteToken(COrvoBasic& basic, uint32_t start);
+    // The text changed: every compiled form is void.
+    void Clear();
+    // Sets the cursor and the current token to `state` (the function kind
+    // of the last call read is left alone).
+    static void Restore(COrvoBasic& basic, const TokenState& state);
+    // Where get_token starts reading a token when the cursor is at `position`.
+    static uint32_t TokenStartFrom(const COrvoBasic& basic, uint32_t position);
+
+private:
+    CompiledStatement* Lookup(COrvoBasic& basic, uint32_t key, StatementKind kind);
+    static bool MayRun(const COrvoBasic& basic, const CompiledStatement& statement);
+    static bool Evaluate(COrvoBasic& basic, std::vector<ExprNode>& nodes, uint32_t at, double& out);
+    static CBasicVariable* Find(COrvoBasic& basic, VariableRef& ref);
+    bool Assign(COrvoBasic& basic, CompiledStatement& statement);
+    bool Condition(COrvoBasic& basic, uint32_t key, StatementKind kind, bool& holds);
+
+    // Per text position: 0 not yet seen, 1 not compilable, else 2 + slot.
+    std::vector<uint32_t> m_index;
+    std::vector<std::unique_ptr<CompiledStatement>> m_statements;
+    // What the statement loop finds where it starts a statement: a compiled
+    // assignment, or else the token it read there.
+    struct Entry {
+        CompiledStatement* assignment = nullptr;
+        TokenState token;
+    };
+    // Per text position: 0, or 1 + the index of its entry.
+    std::vector<uint32_t> m_entries;
+    std::vector<Entry> m_entryList;
+    uint32_t& EntryAt(const COrvoBasic& basic, uint32_t start);
+    // Tokens by the position get_token started reading at: 0, or 1 + index.
+    std::vector<uint32_t> m_tokenIndex;
+    std::vector<TokenState> m_knownTokens;
+    static void ApplyKnownToken(COrvoBasic& basic, const TokenState& token);
+    CBasicVariable m_value;   // the computed value, stored as the text path stores its result
+};
+
+// Parses one statement into its compiled form with the interpreter's own
+// tokenizer, leaving the cursor and the token as it found them.
+class StatementCompiler {
+public:
+    explicit StatementCompiler(COrvoBasic& basic) : m_basic(basic) {}
+    // The variable token starting the statement has just been read.
+    std::unique_ptr<CompiledStatement> CompileAssignment();
+    // "if" or "do" has just been read.
+    std::unique_ptr<CompiledStatement> CompileCondition(StatementKind kind);
+
+private:
+    struct Failed {};
+    TokenState Save() const;
+    void Next();
+    bool SafeAt(uint32_t position) const;
+    uint32_t SkipBlanks(uint32_t position) const;
+    uint32_t Expression();
+    uint32_t Sum();
+    uint32_t Product();
+    uint32_t Power();
+    uint32_t Signed();
+    uint32_t Group();
+    uint32_t Primary();
+    uint32_t Subscript();
+    uint32_t Add(ExprNode node);
+    void Enter();
+    int Comparison();
+
+    COrvoBasic& m_basic;
+    CompiledStatement* m_out = nullptr;
+    int m_depth = 0;
+};
+
+}  // namespace ob

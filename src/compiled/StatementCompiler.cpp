@@ -1,0 +1,251 @@
+// Parses an assignment or an "if" condition into a compiled statement. The
+// parse follows the evaluator's levels step by step and reads every token
+// with the interpreter's own tokenizer, so that it ends exactly where the
+// text path ends; it gives up (the statement stays on the text path) at the
+// first token the evaluator would treat in any other way than a number, a
+// variable, an element, a sign, parentheses or an arithmetic operator.
+#include "compiled/CompiledStatements.h"
+
+#include "platform/CharClass.h"
+#include "platform/NumberFormat.h"
+
+using namespace ob;
+namespace pf = ob::platform;
+
+namespace {
+
+bool IsBlank(char16_t c) { return c == u' ' || c == u'\t'; }
+bool IsSkippedControl(char16_t c) { return c <= 9 || c == 11 || (c >= 14 && c <= 31); }
+bool IsComparisonChar(char16_t c) { return c == u'=' || c == u'<' || c == u'>' || c == u'!' || c == u'~'; }
+
+
+}  // namespace
+
+TokenState StatementCompiler::Save() const {
+    const COrvoBasic& b = m_basic;
+    return TokenState{b.m_pos, b.m_token, b.m_tokenType, b.m_prevTokenType, b.m_command, b.m_keyword,
+                      b.m_pendingIndex, b.m_function};
+}
+
+uint32_t CompiledStatements::TokenStartFrom(const COrvoBasic& b, uint32_t position) {
+    while (position < b.m_endIndex && IsBlank(b.m_text[position])) ++position;
+    while (position < b.m_endIndex && IsSkippedControl(b.m_text[position])) ++position;
+    return position;
+}
+
+uint32_t StatementCompiler::SkipBlanks(uint32_t position) const { return CompiledStatements::TokenStartFrom(m_basic, position); }
+
+// True when reading the token at `position` has no effect beyond the cursor
+// and the current token: no string literal (it may report an unclosed
+// text), no dotted name (its kind depends on the store), no call.
+bool StatementCompiler::SafeAt(uint32_t position) const {
+    COrvoBasic& b = m_basic;
+    if (position >= b.m_endIndex) return true;
+    char16_t c = b.m_text[position];
+    if (c == u'"') return false;
+    if (!pf::IsAlpha(c)) return true;
+    const COrvoBasic::IdentInfo& info = b.IdentAt(position);
+    if (info.dot >= 0) return false;
+    return !(info.command == CMD_NONE && info.end < b.m_length && b.m_text[info.end] == u'(');
+}
+
+void StatementCompiler::Next() {
+    if (!SafeAt(SkipBlanks(m_basic.m_pos))) throw Failed{};
+    m_basic.get_token();
+}
+
+uint32_t StatementCompiler::Add(ExprNode node) {
+    m_out->nodes.push_back(std::move(node));
+    return static_cast<uint32_t>(m_out->nodes.size() - 1);
+}
+
+// One more nesting level of the evaluator (an expression, a parenthesis, a power).
+void StatementCompiler::Enter() {
+    ++m_depth;
+    if (m_depth > m_out->depth) m_out->depth = m_depth;
+}
+
+// get_exp: an expression, then the token after it put back.
+uint32_t StatementCompiler::Expression() {
+    Enter();
+    Next();
+    if (m_basic.m_token.empty() && m_basic.m_tokenType != QUOTE) throw Failed{};
+    uint32_t root = Sum();
+    m_basic.putback();
+    --m_depth;
+    return root;
+}
+
+uint32_t StatementCompiler::Sum() {
+    uint32_t left = Product();
+    const CString& token = m_basic.m_token;
+    while (!token.empty() && (token[0] == u'+' || token[0] == u'-')) {
+        char16_t symbol = token[0];
+        Next();
+        uint32_t right = Product();
+        left = Add(ExprNode{NodeKind::Binary, COrvoBasic::GetArithOperation(symbol), symbol, left, right, 0, {}});
+    }
+    return left;
+}
+
+uint32_t StatementCompiler::Product() {
+    uint32_t left = Power();
+    const CString& token = m_basic.m_token;
+    while (!token.empty() && (token[0] == u'*' || token[0] == u'/' || token[0] == u'%')) {
+        char16_t symbol = token[0];
+        Next();
+        uint32_t right = Power();
+        left = Add(ExprNode{NodeKind::Binary, COrvoBasic::GetArithOperation(symbol), symbol, left, right, 0, {}});
+    }
+    return left;
+}
+
+// "^" groups to the right.
+uint32_t StatementCompiler::Power() {
+    uint32_t left = Signed();
+    while (m_basic.m_token == u"^") {
+        Enter();
+        Next();
+        uint32_t right = Power();
+        --m_depth;
+        left = Add(ExprNode{NodeKind::Binary, COrvoBasic::GetArithOperation(u'^'), u'^', left, right, 0, {}});
+    }
+    return left;
+}
+
+// A sign; "+" changes nothing, not even the type of what follows.
+uint32_t StatementCompiler::Signed() {
+    char16_t sign = 0;
+    if (m_basic.m_tokenType == DELIMITER && (m_basic.m_token == u"+" || m_basic.m_token == u"-")) {
+        sign = m_basic.m_token[0];
+        Next();
+    }
+    uint32_t operand = Group();
+    if (sign == u'-') return Add(ExprNode{NodeKind::Negate, 0, 0, operand, 0, 0, {}});
+    return operand;
+}
+
+uint32_t StatementCompiler::Group() {
+    if (m_basic.m_tokenType != DELIMITER || m_basic.m_token != u"(") return Primary();
+    Enter();
+    Next();
+    uint32_t inner = Sum();
+    if (m_basic.m_token != u")") throw Failed{};
+    Next();
+    --m_depth;
+    return inner;
+}
+
+uint32_t StatementCompiler::Primary() {
+    COrvoBasic& b = m_basic;
+    if (b.m_tokenType == NUMBER) {
+        uint32_t node = Add(ExprNode{NodeKind::Number, 0, 0, 0, 0, pf::ParseDouble(b.m_token), {}});
+        Next();
+        return node;
+    }
+    if (b.m_tokenType != VARIABLE) throw Failed{};
+    ExprNode node{NodeKind::Variable, 0, 0, 0, 0, 0, {b.m_pos - static_cast<uint32_t>(b.m_token.size()), b.m_token}};
+    if (b.CurChar() == u'[') {
+        Next();
+        node.kind = NodeKind::Element;
+        node.left = Subscript();
+    }
+    uint32_t at = Add(std::move(node));
+    Next();
+    return at;
+}
+
+// GetIndex: "expression ]".
+uint32_t StatementCompiler::Subscript() {
+    uint32_t index = Expression();
+    Next();
+    if (m_basic.m_tokenType != DELIMITER || m_basic.m_token != u"]") throw Failed{};
+    return index;
+}
+
+// GetLogOperation, once both of the characters it may read are known to be
+// harmless to read.
+int StatementCompiler::Comparison() {
+    COrvoBasic& b = m_basic;
+    uint32_t at = SkipBlanks(b.m_pos);
+    if (at >= b.m_endIndex || !IsComparisonChar(b.m_text[at])) throw Failed{};
+    if (!SafeAt(SkipBlanks(at + 1))) throw Failed{};
+    int op = b.GetLogOperation();
+    if (op == 0) throw Failed{};
+    return op;
+}
+
+std::unique_ptr<CompiledStatement> StatementCompiler::CompileAssignment() {
+    COrvoBasic& b = m_basic;
+    TokenState start = Save();
+    auto statement = std::make_unique<CompiledStatement>();
+    m_out = statement.get();
+    bool ok = true;
+    b.m_pendingIndex = kKeepPendingIndex;
+    try {
+        statement->kind = StatementKind::Assignment;
+        statement->target.name = b.m_token;
+        statement->target.position = b.m_pos - static_cast<uint32_t>(b.m_token.size());
+        statement->indexed = b.CurChar() == u'[';
+        if (statement->indexed) {
+            Next();
+            statement->subscript = Subscript();
+        }
+        Next();
+        if (b.m_token.empty() || b.m_token[0] != u'=') throw Failed{};
+        statement->value = Expression();
+        // A lone variable (in parentheses or after "+" too) is copied with its
+        // own type; the compiled value is always a double.
+        NodeKind root = statement->nodes[statement->value].kind;
+        if (root == NodeKind::Variable || root == NodeKind::Element) throw Failed{};
+        bool ends = (b.m_tokenType == DELIMITER && (b.m_command == CMD_EOL || b.m_command == CMD_FINISHED)) ||
+                    b.m_tokenType == COMMENT;
+        if (!ends) throw Failed{};
+        statement->end = Save();
+        if (b.m_command == CMD_EOL) {
+            Next();
+            statement->foldsLine = true;
+            statement->afterLine = Save();
+        }
+    } catch (const Failed&) {
+        ok = false;
+    }
+    bool readVariable = b.m_pendingIndex != kKeepPendingIndex;
+    CompiledStatements::Restore(b, start);
+    b.m_pendingIndex = start.pendingIndex;
+    if (!ok) return nullptr;
+    statement->end.pendingIndex = readVariable ? 0 : kKeepPendingIndex;
+    return statement;
+}
+
+std::unique_ptr<CompiledStatement> StatementCompiler::CompileCondition(StatementKind kind) {
+    COrvoBasic& b = m_basic;
+    TokenState start = Save();
+    auto statement = std::make_unique<CompiledStatement>();
+    m_out = statement.get();
+    bool ok = true;
+    b.m_pendingIndex = kKeepPendingIndex;
+    try {
+        statement->kind = kind;
+        if (kind == StatementKind::DoWhile) {
+            Next();
+            if (b.m_tokenType != KEYWORD || b.m_keyword != KW_WHILE) throw Failed{};
+        }
+        statement->left = Expression();
+        statement->comparison = Comparison();
+        statement->right = Expression();
+        if (kind == StatementKind::If) {
+            Next();
+            if (b.m_tokenType != COMMAND || b.m_command != CMD_THEN) throw Failed{};
+        }
+        statement->end = Save();
+    } catch (const Failed&) {
+        ok = false;
+    }
+    bool readVariable = b.m_pendingIndex != kKeepPendingIndex;
+    CompiledStatements::Restore(b, start);
+    b.m_pendingIndex = start.pendingIndex;
+    if (!ok) return nullptr;
+    statement->end.pendingIndex = readVariable ? 0 : kKeepPendingIndex;
+    return statement;
+}

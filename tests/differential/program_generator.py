@@ -1,0 +1,112 @@
+"""Random programs for the differential test: numbers, strings, arrays,
+calls, loops, conditions and deliberate errors (names never defined,
+subscripts out of range, strings where numbers are expected, malformed
+lines), small enough to run in milliseconds."""
+
+NUMERIC = ["a", "b", "c", "i", "k"]
+STRINGS = ["s", "t"]
+ARRAYS = [("v", 6), ("w", 3)]
+UNDEFINED = ["nope", "zz"]
+COMPARISONS = ["=", "<", ">", "<>", "<=", "=>", "!=", "~~"]
+
+
+def number(rng):
+    return rng.choice(["0", "1", "2", "3", "7", "10", "0.5", "2.25", "1e3", "100"])
+
+
+def operand(rng, depth, names):
+    roll = rng.random()
+    if roll < 0.3:
+        return number(rng)
+    if roll < 0.6:
+        return rng.choice(names + ["f0", "d0"])
+    if roll < 0.72:
+        name, size = rng.choice(ARRAYS)
+        index = rng.choice([str(rng.randrange(size)), "i", "k - 1", str(size), "-1", "i % 3"])
+        return f"{name}[{index}]"
+    if roll < 0.76:
+        return rng.choice(UNDEFINED + STRINGS + ["True", "v"])
+    if roll < 0.84:
+        return f"twice({expression(rng, depth + 1, names)})"
+    if roll < 0.88:
+        return f"len({rng.choice(STRINGS)})"
+    return f"({expression(rng, depth + 1, names)})"
+
+
+def expression(rng, depth=0, names=NUMERIC):
+    if depth > 3:
+        return number(rng)
+    text = ("-" if rng.random() < 0.1 else "") + operand(rng, depth, names)
+    for _ in range(rng.randrange(3)):
+        text += f" {rng.choice('+-*/%^')} {operand(rng, depth, names)}"
+    return text
+
+
+def string_expression(rng):
+    parts = [rng.choice(STRINGS + ['"ab"', '"x y"'])]
+    for _ in range(rng.randrange(3)):
+        parts.append(rng.choice(STRINGS + ['"cd"', "a", "str(b)", "left(s, 2)"]))
+    return " + ".join(parts)
+
+
+def condition(rng):
+    if rng.random() < 0.5:   # small whole numbers: equal sides are common
+        return f"{rng.choice(NUMERIC + ['f0', 'd0'])} {rng.choice(COMPARISONS)} {rng.randrange(4)}"
+    return f"{expression(rng)} {rng.choice(COMPARISONS)} {expression(rng)}"
+
+
+def assignment(rng):
+    roll = rng.random()
+    if roll < 0.6:
+        return f"{rng.choice(NUMERIC)} = {expression(rng)}"
+    if roll < 0.75:
+        name, size = rng.choice(ARRAYS)
+        index = rng.choice([str(rng.randrange(size)), "i % 3", str(size + 1), "k"])
+        return f"{name}[{index}] = {expression(rng)}"
+    if roll < 0.95:
+        return f"{rng.choice(STRINGS)} = {string_expression(rng)}"
+    return rng.choice([f"{rng.choice(NUMERIC)} = {rng.choice(STRINGS)}",
+                       f"{rng.choice(NUMERIC)} = {rng.choice(NUMERIC)}",
+                       f"{rng.choice(NUMERIC)} = ", f"{rng.choice(NUMERIC)} = (1 + 2",
+                       f"{rng.choice(NUMERIC)} = 1 2", "q = q + 1", "a = b c"])
+
+
+def block(rng, depth, lines, indent=""):
+    for _ in range(rng.randrange(2, 6)):
+        roll = rng.random()
+        if roll < 0.45 or depth > 2:
+            lines.append(indent + assignment(rng))
+        elif roll < 0.6:
+            lines.append(f"{indent}if {condition(rng)} then")
+            block(rng, depth + 1, lines, indent + "  ")
+            if rng.random() < 0.6:
+                lines.append(indent + "else")
+                block(rng, depth + 1, lines, indent + "  ")
+            lines.append(indent + "endif")
+        elif roll < 0.72:
+            variable = f"f{depth}"   # one counter per depth, never assigned elsewhere
+            lines.append(f"{indent}for {variable} = {rng.randrange(3)} to {rng.randrange(5)}")
+            block(rng, depth + 1, lines, indent + "  ")
+            lines.append(indent + "next")
+        elif roll < 0.78:
+            lines.append(f"{indent}d{depth} = 0")
+            lines.append(f"{indent}do while d{depth} < {rng.randrange(4)}")
+            lines.append(f"{indent}  d{depth} = d{depth} + 1")
+            block(rng, depth + 1, lines, indent + "  ")
+            lines.append(indent + "loop")
+        elif roll < 0.92:
+            items = [rng.choice(NUMERIC + STRINGS + ["v[1]", "w[0]"]) for _ in range(rng.randrange(1, 3))]
+            lines.append(indent + "print " + rng.choice(["; ", ", "]).join(items))
+        else:
+            lines.append(indent + rng.choice(["call show(a)", "a = twice(b) + 1", "b = twice(s)",
+                                              "if a then", "k = k + 1 # note"]))
+
+
+def generate(rng):
+    lines = ["a = 1", "b = 2", "c = 0", "i = 0", "k = 3", 's = "hello"', 't = ""',
+             "dim v[6]", "dim w[3]", "v[0] = 5", "w[1] = 2"]
+    block(rng, 0, lines)
+    lines.append('print "end"; a; b; c; i; k; s; t; v[0]; v[1]; w[1]')
+    lines += ["end", "function twice(x)", "  if x > 1000000 then", "    twice = 0", "  else",
+              "    twice = x * 2", "  endif", "endfunction", "sub show(p)", "  print p", "endsub"]
+    return "\n".join(lines) + "\n"
