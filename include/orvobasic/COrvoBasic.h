@@ -20,6 +20,7 @@
 #include <chrono>
 #include <functional>
 #include <cstdint>
+#include <deque>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -740,6 +741,11 @@ private:
     std::vector<CString> m_operands;    // expression operand list
     CString m_scratchName;              // reused by FindVariable
     size_t m_argBuffers = 0;            // pending argument buffers of external calls
+    // Argument lists of the calls in progress, one per nesting depth; a list
+    // keeps its capacity between calls (its values are cleared after each).
+    std::deque<CArgArray> m_argLists;
+    size_t m_argDepth = 0;
+    friend class ArgListScope;
     std::vector<uint32_t> m_returnStack;
     std::vector<ob::CStackData> m_flowStack;
     std::unique_ptr<ob::CUserTypes> m_types;

@@ -2,6 +2,7 @@
 // a call to its family handler.
 #include <orvobasic/COrvoBasic.h>
 #include "engine/Registry.h"
+#include "functions/ArgListScope.h"
 
 #include "engine/Capabilities.h"
 
@@ -205,7 +206,8 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
         return true;
     }
     size_t bufferMark = m_argBuffers;
-    CArgArray args;
+    ArgListScope scope(*this);
+    CArgArray& args = scope.Args();
     GetParamList(args);
     if (m_halted) {
         get_token();

@@ -4,6 +4,7 @@
 #include <orvobasic/COrvoBasic.h>
 
 #include "compiled/CompiledStatements.h"
+#include "functions/ArgListScope.h"
 
 #include "platform/LargeStack.h"
 #include "platform/StackGuard.h"
@@ -175,7 +176,8 @@ bool COrvoBasic::ExecCall() {
         return true;
     }
     size_t bufferMark = m_argBuffers;
-    CArgArray args;
+    ArgListScope scope(*this);
+    CArgArray& args = scope.Args();
     GetParamList(args);
     CBasicVariable unused;
     ExecUserFunction(name, unused, args, true);
