@@ -1,6 +1,8 @@
 // Running compiled statements, and the cache of them by text position.
 #include "compiled/CompiledStatements.h"
 
+#include "platform/NumberFormat.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -9,15 +11,6 @@
 using namespace ob;
 
 namespace {
-
-// A subscript from a number: truncated toward zero, saturated at the 32-bit
-// range (NaN gives 0), as the text path reads one.
-int TruncateToInt(double d) {
-    if (!(d == d)) return 0;
-    if (d >= 2147483647.0) return 2147483647;
-    if (d <= -2147483648.0) return -2147483647 - 1;
-    return static_cast<int>(d);
-}
 
 // The comparison operations as GetLogOperation numbers them.
 enum { kEq = 1, kGt = 2, kLt = 3, kNe = 4, kGe = 5, kLe = 6, kApprox = 7 };
@@ -159,7 +152,7 @@ bool CompiledStatements::Evaluate(COrvoBasic& basic, std::vector<ExprNode>& node
     case NodeKind::Element: {
         double subscript = 0;
         if (!Evaluate(basic, nodes, node.left, subscript)) return false;
-        int index = TruncateToInt(subscript);
+        int index = ob::platform::TruncateToInt32(subscript);
         CBasicVariable* var = Find(basic, node.variable);
         if (!var || index < 0 || index >= var->GetNumItems()) return false;
         const CVarBase& item = var->GetItem(index);
@@ -202,7 +195,7 @@ bool CompiledStatements::Assign(COrvoBasic& basic, CompiledStatement& statement)
     if (!Evaluate(basic, statement.nodes, statement.value, value)) return false;
     CBasicVariable* var = Find(basic, statement.target);
     if (!var || var->HasChangeEvent()) return false;
-    int index = statement.indexed ? TruncateToInt(subscript) : 0;
+    int index = statement.indexed ? ob::platform::TruncateToInt32(subscript) : 0;
     if (statement.indexed ? (index < 0 || index >= var->GetNumItems()) : var->GetNumItems() != 1) return false;
     var->SetCurIndex(index);
     m_value.SetValue(value);

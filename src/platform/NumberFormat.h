@@ -22,4 +22,13 @@ double ParseDouble(std::u16string_view text, size_t* consumed = nullptr);
 // 32-bit range instead of overflowing.
 int32_t ParseLong(std::u16string_view text);
 
+// A number as a subscript, size or whole value: truncated toward zero,
+// saturated at the 32-bit range instead of overflowing; NaN gives 0.
+inline int32_t TruncateToInt32(double d) {
+    if (!(d == d)) return 0;
+    if (d >= 2147483647.0) return 2147483647;
+    if (d <= -2147483648.0) return -2147483647 - 1;
+    return static_cast<int32_t>(d);
+}
+
 }  // namespace ob::platform

@@ -198,20 +198,11 @@ double CVarBase::GetDoubleValue() const {
     }
 }
 
-// Doubles outside the 32-bit range (and NaN) saturate instead of invoking
-// undefined behaviour; within it they truncate toward zero.
-static long TruncateToLong(double d) {
-    if (!(d == d)) return 0;
-    if (d >= 2147483647.0) return 2147483647L;
-    if (d <= -2147483648.0) return -2147483647L - 1;
-    return static_cast<long>(static_cast<int32_t>(d));
-}
-
 long CVarBase::GetLongValue() const {
     switch (m_vt) {
     case VT_I4: return m_long;
     case VT_DISPATCH: return PointerAsLong(m_object);
-    case VT_R8: return TruncateToLong(m_double);
+    case VT_R8: return ob::platform::TruncateToInt32(m_double);
     case VT_BSTR: return ob::platform::ParseLong(m_str);
     case VT_BOOL: return m_bool ? 1 : 0;
     default: return 0;

@@ -11,18 +11,7 @@
 
 using namespace ob;
 
-namespace {
-
-// A subscript or size from a number: truncated toward zero, saturated at the
-// 32-bit range (NaN gives 0).
-int TruncateToInt(double d) {
-    if (!(d == d)) return 0;
-    if (d >= 2147483647.0) return 2147483647;
-    if (d <= -2147483648.0) return -2147483647 - 1;
-    return static_cast<int>(d);
-}
-
-}  // namespace
+using ob::platform::TruncateToInt32;
 
 // "__#" plus the level, made once per level.
 const CString& COrvoBasic::LevelSuffix(unsigned level) {
@@ -224,7 +213,7 @@ bool COrvoBasic::GetIndex(int& index) {
         ReportError(1);
         return false;
     }
-    index = TruncateToInt(value.GetNumberValue());
+    index = TruncateToInt32(value.GetNumberValue());
     return true;
 }
 
