@@ -165,6 +165,8 @@ public:
 
 private:
     struct Failed {};
+    template <typename Body>
+    std::unique_ptr<CompiledStatement> Attempt(Body body);
     TokenState Save() const;
     void Next();
     bool SafeAt(uint32_t position) const;

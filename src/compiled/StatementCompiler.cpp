@@ -175,7 +175,11 @@ int StatementCompiler::Comparison() {
     return op;
 }
 
-std::unique_ptr<CompiledStatement> StatementCompiler::CompileAssignment() {
+// Compiles one statement with `body`, which throws Failed where the text
+// path must run it. The tokenizer is put back where it was either way: the
+// statement runs next, compiled or not, from its start.
+template <typename Body>
+std::unique_ptr<CompiledStatement> StatementCompiler::Attempt(Body body) {
     COrvoBasic& b = m_basic;
     TokenState start = Save();
     auto statement = std::make_unique<CompiledStatement>();
@@ -183,6 +187,22 @@ std::unique_ptr<CompiledStatement> StatementCompiler::CompileAssignment() {
     bool ok = true;
     b.m_pendingIndex = kKeepPendingIndex;
     try {
+        body(*statement);
+    } catch (const Failed&) {
+        ok = false;
+    }
+    bool readVariable = b.m_pendingIndex != kKeepPendingIndex;
+    CompiledStatements::Restore(b, start);
+    b.m_pendingIndex = start.pendingIndex;
+    if (!ok) return nullptr;
+    statement->end.pendingIndex = readVariable ? 0 : kKeepPendingIndex;
+    return statement;
+}
+
+std::unique_ptr<CompiledStatement> StatementCompiler::CompileAssignment() {
+    return Attempt([this](CompiledStatement& compiled) {
+        COrvoBasic& b = m_basic;
+        CompiledStatement* statement = &compiled;
         statement->kind = StatementKind::Assignment;
         statement->target.name = b.m_token;
         statement->target.position = b.m_pos - static_cast<uint32_t>(b.m_token.size());
@@ -207,25 +227,13 @@ std::unique_ptr<CompiledStatement> StatementCompiler::CompileAssignment() {
             statement->foldsLine = true;
             statement->afterLine = Save();
         }
-    } catch (const Failed&) {
-        ok = false;
-    }
-    bool readVariable = b.m_pendingIndex != kKeepPendingIndex;
-    CompiledStatements::Restore(b, start);
-    b.m_pendingIndex = start.pendingIndex;
-    if (!ok) return nullptr;
-    statement->end.pendingIndex = readVariable ? 0 : kKeepPendingIndex;
-    return statement;
+    });
 }
 
 std::unique_ptr<CompiledStatement> StatementCompiler::CompileCondition(StatementKind kind) {
-    COrvoBasic& b = m_basic;
-    TokenState start = Save();
-    auto statement = std::make_unique<CompiledStatement>();
-    m_out = statement.get();
-    bool ok = true;
-    b.m_pendingIndex = kKeepPendingIndex;
-    try {
+    return Attempt([this, kind](CompiledStatement& compiled) {
+        COrvoBasic& b = m_basic;
+        CompiledStatement* statement = &compiled;
         statement->kind = kind;
         if (kind == StatementKind::DoWhile) {
             Next();
@@ -239,13 +247,5 @@ std::unique_ptr<CompiledStatement> StatementCompiler::CompileCondition(Statement
             if (b.m_tokenType != COMMAND || b.m_command != CMD_THEN) throw Failed{};
         }
         statement->end = Save();
-    } catch (const Failed&) {
-        ok = false;
-    }
-    bool readVariable = b.m_pendingIndex != kKeepPendingIndex;
-    CompiledStatements::Restore(b, start);
-    b.m_pendingIndex = start.pendingIndex;
-    if (!ok) return nullptr;
-    statement->end.pendingIndex = readVariable ? 0 : kKeepPendingIndex;
-    return statement;
+    });
 }
