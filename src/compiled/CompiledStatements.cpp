@@ -197,6 +197,7 @@ bool CompiledStatements::Assign(COrvoBasic& basic, CompiledStatement& statement)
     if (!var || var->HasChangeEvent()) return false;
     int index = statement.indexed ? ob::platform::TruncateToInt32(subscript) : 0;
     if (statement.indexed ? (index < 0 || index >= var->GetNumItems()) : var->GetNumItems() != 1) return false;
+    if (var->StoreNumber(index, value)) return true;
     var->SetCurIndex(index);
     m_value.SetValue(value);
     var->SetValue(m_value);

@@ -64,6 +64,12 @@ bool CompiledStatements::RunStatementAt(COrvoBasic& basic, bool tokens) {
         uint32_t start = basic.m_pos;
         if (row.ended || start >= m_entries.size() || m_entries[start] == 0 || basic.m_halted) break;
         Entry& entry = m_entryList[m_entries[start] - 1];
+        if (!entry.assignment && entry.token.type == DELIMITER) {   // a line end: nothing to check or run
+            if (basic.m_exprDepth == 0) basic.m_exprAbandoned = false;
+            Advance(basic, row, entry.token, false);
+            ran = true;
+            continue;
+        }
         if (!RunStep(basic, entry, row)) {
             if (ran || !tokens || entry.assignment) break;
             // A statement word the text path dispatches: it would read it again.
@@ -88,10 +94,6 @@ bool CompiledStatements::RunStep(COrvoBasic& basic, Entry& entry, Row& row) {
     if (entry.assignment) {
         if (!Assign(basic, *entry.assignment)) return false;
         Advance(basic, row, entry.assignment->afterLine, true);
-        return true;
-    }
-    if (entry.token.type == DELIMITER) {   // a line end
-        Advance(basic, row, entry.token, false);
         return true;
     }
     return RunWord(basic, entry, row);
