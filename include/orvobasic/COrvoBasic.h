@@ -637,6 +637,7 @@ private:
     bool ExecScriptFunction(const CFuncDesc& desc, const CString& name, CBasicVariable& result, CArgArray& args,
                             bool isCall);
     CBasicVariable* FunctionResult(const CFuncDesc& desc, const CString& name);
+    void CreateVariableAt(const CString& name, const CBasicVariable& value, int index);
     bool BindDecodedParameters(uint32_t bodyPosition, CArgArray& args);
     void PerformReturn();
     struct ParamList;
