@@ -78,6 +78,15 @@ public:
     void SetValue(const CBasicVariable& v);
     bool SetValue(const VARIANT& v);
     bool Increment();
+    // Stores a number into element `index` (which becomes the current one)
+    // when that element holds a double and nothing watches the variable:
+    // the same as SetValue with a number, without the bookkeeping a change
+    // of size or kind needs. False (nothing done) otherwise.
+    bool StoreNumber(int index, double v) {
+        if (m_eventOwner || !m_items[static_cast<size_t>(index)].ReplaceDouble(v)) return false;
+        m_curIndex = index;
+        return true;
+    }
     CBasicVariable& operator++() { Increment(); return *this; }
     void Set(const CBasicVariable& other);
     void SetFieldName(const CString& name) { Cur().SetFieldName(name); }
