@@ -453,6 +453,17 @@ public:
     int GetParamGroup(CArgArray& args);
     bool ExecFunction(CBasicVariable& result);
     bool ExecUserFunction(const CString& name, CBasicVariable& result, CArgArray& args, bool isCall);
+    // What the last lookup of a call site found, for the call that follows.
+    struct CallTarget {
+        const CFuncDesc* desc = nullptr;
+        uint64_t epoch = 0;      // FunctionEpoch() when it was found; 0: unknown
+    };
+    bool ExecUserFunction(const CString& name, CBasicVariable& result, CArgArray& args, bool isCall,
+                          const CallTarget& target);
+    // Changes whenever a callable name may find another descriptor: this
+    // interpreter's table or the host's changed.
+    uint64_t FunctionEpoch() const;
+    CallTarget CurrentCallTarget() const { return {m_curFuncDesc, m_curFuncEpoch}; }
     bool ExecCall();
     bool FunctionsFree();
     bool ExecCustomFunction(const CFuncDesc& desc, CBasicVariable& result, CArgArray& args);
@@ -626,8 +637,12 @@ private:
     struct CallScope;
     bool ExecScriptFunction(const CFuncDesc& desc, const CString& name, CBasicVariable& result, CArgArray& args,
                             bool isCall);
+    CBasicVariable* FunctionResult(const CFuncDesc& desc, const CString& name);
+    void CreateVariableAt(const CString& name, const CBasicVariable& value, int index);
+    bool BindDecodedParameters(uint32_t bodyPosition, CArgArray& args);
     void PerformReturn();
-    bool BindParameters(CArgArray& args);
+    struct ParamList;
+    bool BindParameters(CArgArray& args, ParamList* record);
     void FreeScriptFunctionDescs();
     bool ExpressionTooDeep();
     void HostChecks();
@@ -689,6 +704,11 @@ private:
         Binding* global = nullptr;    // the name as written, looked up as a global
         Symbol* local = nullptr;      // the name as a local
         Symbol* result = nullptr;     // at a function's body: the local bearing its name
+        // At a call: what the name found while the tables were at callEpoch.
+        const CFuncDesc* callDesc = nullptr;
+        uint64_t callEpoch = 0;
+        ob::FUNCTION_TYPE callType = ob::FT_NONE;
+        uint32_t params = 0;          // at a function's body: 1 + index into m_paramLists, 0 for none
     };
     const IdentInfo& IdentAt(uint32_t start);
     CBasicVariable* FindVariableAt(uint32_t position, const CString& name, const CString** key = nullptr);
@@ -745,6 +765,14 @@ private:
     // Argument lists of the calls in progress, one per nesting depth; a list
     // keeps its capacity between calls (its values are cleared after each).
     std::deque<CArgArray> m_argLists;
+    // A function's parameter list as binding it read it the first time.
+    struct ParamList {
+        std::vector<std::pair<uint32_t, CString>> names;   // text position and spelling
+        uint32_t end = 0;                                  // after the closing ")"
+        ob::BASIC_TOKEN_TYPE previousType = ob::TOKEN_NONE;
+    };
+    std::vector<ParamList> m_paramLists;
+    uint32_t m_functionEpoch = 1;       // bumped when m_functions changes
     size_t m_argDepth = 0;
     friend class ArgListScope;
     std::vector<uint32_t> m_returnStack;
@@ -791,7 +819,13 @@ private:
     bool m_keepCallResult = false;
     PathResolver m_pathResolver;
     LineHook m_lineHook;
-    std::vector<ob::CallFrame> m_callChain;
+    // One active script-function call: its name as called and where the
+    // calling statement began (the line is found when a report needs it).
+    struct ActiveCall {
+        CString function;
+        uint32_t callerPosition = 0;
+    };
+    std::vector<ActiveCall> m_callChain;
     ob::CodePage m_codePage = ob::CodePage::Windows1252;
     std::shared_ptr<const ob::OutputHooks> m_outputHooks;
 
@@ -805,4 +839,6 @@ private:
     CString m_memberName;
     CString m_curFuncName;
     int m_curFuncPos = 0;
+    const CFuncDesc* m_curFuncDesc = nullptr;   // found with m_curFuncName, valid at m_curFuncEpoch
+    uint64_t m_curFuncEpoch = 0;
 };

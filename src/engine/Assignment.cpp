@@ -74,7 +74,10 @@ bool COrvoBasic::StoreAssignment(const CString& target, uint32_t targetPos, BASI
         return true;
     }
     if (!indexed) index = 0;
-    if (!var) return SetVariable(target, value, index);
+    if (!var) {
+        CreateVariableAt(target, value, index);
+        return true;
+    }
     if (index < 0 || index >= var->GetNumItems()) {
         ReportError(36);
         return true;

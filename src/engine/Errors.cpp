@@ -95,11 +95,10 @@ void COrvoBasic::FillErrorRecord(int id, const CString& message) {
         while (first < m_length && (m_text[first] == u' ' || m_text[first] == u'\t')) ++first;
         r.column = static_cast<int>(first - begin) + 1;
     }
-    r.calls = m_callChain;
-    for (CallFrame& call : r.calls) {
-        SourceLocation location = m_sourceMap->Locate(call.line);
-        call.line = location.line;
-        call.script = location.file ? *location.file : m_scriptPath;
+    r.calls.clear();
+    for (const ActiveCall& active : m_callChain) {
+        SourceLocation location = m_sourceMap->Locate(LineOfPosition(active.callerPosition));
+        r.calls.push_back(CallFrame{active.function, location.line, location.file ? *location.file : m_scriptPath});
     }
     r.runResult = id > kMessageCount ? m_runResult : OB_OK;
     AddDiagnostics(r);

@@ -97,6 +97,8 @@ const CFuncDesc* FindHostFunction(const CString& lowerName) {
     return it == COrvoBasic::m_ExtFunctionTable.end() ? nullptr : it->second;
 }
 
+size_t HostFunctionCount() { return g_hostFunctionCount.load(std::memory_order_acquire); }
+
 bool AddHostFunction(const CString& name, OB_CustomFunction function, int paramCount, int userData) {
     if (name.IsEmpty() || !function) return false;
     CString key = name;

@@ -15,4 +15,9 @@ bool AddHostFunction(const CString& name, OB_CustomFunction function, int paramC
 // stays valid while any interpreter lives.
 const CFuncDesc* FindHostFunction(const CString& lowerName);
 
+// How many host functions there are: grows with every addition and falls
+// back to 0 only when the last interpreter goes, so that an interpreter can
+// tell from it whether a name may now find a host function.
+size_t HostFunctionCount();
+
 }  // namespace ob

@@ -118,7 +118,12 @@ bool COrvoBasic::AddFunction(CFuncDesc* desc) {
         return false;
     }
     m_functions.emplace(desc->name, std::unique_ptr<CFuncDesc>(desc));
+    ++m_functionEpoch;
     return true;
+}
+
+uint64_t COrvoBasic::FunctionEpoch() const {
+    return (uint64_t{m_functionEpoch} << 32) ^ static_cast<uint64_t>(ob::HostFunctionCount());
 }
 
 const CFuncDesc* COrvoBasic::FindFuncDesc(const CString& lowerName) const {
@@ -127,9 +132,33 @@ const CFuncDesc* COrvoBasic::FindFuncDesc(const CString& lowerName) const {
     return it == m_functions.end() ? nullptr : it->second.get();
 }
 
+// The tokenizer asks about the name it has just read: what that call site
+// found is kept until a function table changes.
 FUNCTION_TYPE COrvoBasic::LookupFunction(const CString& name) {
     CFuncDesc unused;
-    return LookupFunction(name, unused, false);
+    if (&name != &m_token || m_pos < name.size()) return LookupFunction(name, unused, false);
+    uint32_t site = m_pos - static_cast<uint32_t>(name.size());
+    uint64_t epoch = FunctionEpoch();
+    PositionFacts* facts = &FactsAt(site);
+    if (facts->callEpoch != epoch) {
+        FUNCTION_TYPE type = LookupFunction(name, unused, false);
+        facts = &FactsAt(site);
+        facts->callType = type;
+        facts->callDesc = type == FT_NONE || type == FT_AUTOMATION ? nullptr : m_curFuncDesc;
+        facts->callEpoch = epoch;
+        return type;
+    }
+    // As LookupFunction(name, ...) leaves them, without the look-up.
+    if (facts->callType == FT_AUTOMATION) {
+        m_curFuncName = name;
+        m_curFuncDesc = nullptr;
+    } else if (facts->callDesc) {
+        m_curFuncName = facts->callDesc->name;
+        m_curFuncPos = facts->callDesc->bodyPosition;
+        m_curFuncDesc = facts->callDesc;
+        m_curFuncEpoch = epoch;
+    }
+    return facts->callType;
 }
 
 // A name with a point is an automation method call; otherwise the host's
@@ -137,6 +166,7 @@ FUNCTION_TYPE COrvoBasic::LookupFunction(const CString& name) {
 FUNCTION_TYPE COrvoBasic::LookupFunction(const CString& name, CFuncDesc& desc, bool copy) {
     if (name.Find(u'.') >= 0) {
         m_curFuncName = name;
+        m_curFuncDesc = nullptr;
         return FT_AUTOMATION;
     }
     CString lower = name;
@@ -145,6 +175,8 @@ FUNCTION_TYPE COrvoBasic::LookupFunction(const CString& name, CFuncDesc& desc, b
     if (!found) return FT_NONE;
     m_curFuncName = found->name;
     m_curFuncPos = found->bodyPosition;
+    m_curFuncDesc = found;
+    m_curFuncEpoch = FunctionEpoch();
     if (copy) desc = *found;
     return found->type;
 }
@@ -191,6 +223,7 @@ int COrvoBasic::GetParamGroup(CArgArray& args) {
 bool COrvoBasic::ExecFunction(CBasicVariable& result) {
     FUNCTION_TYPE type = m_function;
     CString name = m_curFuncName;
+    CallTarget target = CurrentCallTarget();
     if (type == FT_NONE) {
         ReportErrorAbout(21, m_token);
         return false;
@@ -215,14 +248,14 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
     }
     if (type == FT_USER || type == FT_CUSTOM || type == FT_DECLARED) {
         CBasicVariable value;
-        ExecUserFunction(name, value, args, false);
+        ExecUserFunction(name, value, args, false, target);
         result = value;
     } else if (type == FT_AUTOMATION) {
         CBasicVariable value;
         ExecAutomationMethod(name, value, args);
         result = value;
     } else {
-        const CFuncDesc* desc = FindFuncDesc(name);
+        const CFuncDesc* desc = target.epoch == FunctionEpoch() ? target.desc : FindFuncDesc(name);
         if (!desc || !desc->handler)
             ReportError(21);
         else if (CallAllowed(*desc))
@@ -236,5 +269,6 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
 
 bool COrvoBasic::FunctionsFree() {
     m_functions.clear();   // the host's table goes with the last interpreter (Registry.cpp)
+    ++m_functionEpoch;
     return true;
 }

@@ -14,8 +14,9 @@
 using namespace ob;
 
 // Binds the arguments to the parameter names of the definition; surplus
-// arguments are ignored, missing ones are error 24.
-bool COrvoBasic::BindParameters(CArgArray& args) {
+// arguments are ignored, missing ones are error 24. With `record`, the
+// names read are noted there.
+bool COrvoBasic::BindParameters(CArgArray& args, ParamList* record) {
     get_token();
     if (m_token != u"(") {
         ReportError(23);
@@ -33,6 +34,7 @@ bool COrvoBasic::BindParameters(CArgArray& args) {
             return false;
         }
         uint32_t at = m_pos - static_cast<uint32_t>(m_token.size());
+        if (record) record->names.emplace_back(at, m_token);
         if (CBasicVariable* var = FindVariableAt(at, m_token)) var->Set(args[i]);
         else CopyVariable(m_token, args[i], false);
         get_token();
@@ -43,6 +45,37 @@ bool COrvoBasic::BindParameters(CArgArray& args) {
         }
         get_token();
     }
+}
+
+// BindParameters for the definition at `bodyPosition`: a list that was read
+// without error once is bound from its notes, leaving the cursor and token
+// where reading it would; anything else (too few arguments among it) is read.
+bool COrvoBasic::BindDecodedParameters(uint32_t bodyPosition, CArgArray& args) {
+    uint32_t index = FactsAt(bodyPosition).params;
+    if (index == 0) {
+        ParamList list;
+        if (!BindParameters(args, &list)) return false;
+        list.end = m_pos;
+        list.previousType = m_prevTokenType;
+        m_paramLists.push_back(std::move(list));
+        FactsAt(bodyPosition).params = static_cast<uint32_t>(m_paramLists.size());
+        return true;
+    }
+    const ParamList& list = m_paramLists[index - 1];
+    if (args.size() < list.names.size()) return BindParameters(args, nullptr);
+    for (size_t i = 0; i < list.names.size(); ++i) {
+        const auto& [at, name] = list.names[i];
+        if (CBasicVariable* var = FindVariableAt(at, name)) var->Set(args[i]);
+        else CopyVariable(name, args[i], false);
+    }
+    m_pos = list.end;
+    m_token.assign(1, u')');
+    m_prevTokenType = list.previousType;
+    m_tokenType = DELIMITER;
+    m_command = CMD_NONE;
+    m_keyword = KW_NONE;
+    if (!list.names.empty()) m_pendingIndex = 0;   // as reading a variable name leaves it
+    return true;
 }
 
 // Runs the statements of a body until "endfunction", "endsub" or "return".
@@ -73,9 +106,19 @@ void COrvoBasic::PerformReturn() {
 }
 
 bool COrvoBasic::ExecUserFunction(const CString& name, CBasicVariable& result, CArgArray& args, bool isCall) {
-    CString lower = name;
-    lower.MakeLower();
-    const CFuncDesc* desc = FindFuncDesc(lower);
+    return ExecUserFunction(name, result, args, isCall, CallTarget{});
+}
+
+// `target`: what the call site found, taken when no function table has
+// changed since; otherwise the name is looked up now.
+bool COrvoBasic::ExecUserFunction(const CString& name, CBasicVariable& result, CArgArray& args, bool isCall,
+                                  const CallTarget& target) {
+    const CFuncDesc* desc = target.desc;
+    if (!desc || target.epoch != FunctionEpoch()) {
+        CString lower = name;
+        lower.MakeLower();
+        desc = FindFuncDesc(lower);
+    }
     if (!desc) {
         ReportErrorAbout(21, name);
         return false;
@@ -90,7 +133,7 @@ bool COrvoBasic::ExecUserFunction(const CString& name, CBasicVariable& result, C
     }
     if (!platform::OnLargeStack()) {   // an event or timer from the host: give the call a deep stack
         bool ok = false;
-        platform::RunOnLargeStack([&] { ok = ExecUserFunction(name, result, args, isCall); });
+        platform::RunOnLargeStack([&] { ok = ExecUserFunction(name, result, args, isCall, target); });
         return ok;
     }
     return ExecScriptFunction(*desc, name, result, args, isCall);
@@ -132,30 +175,30 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
         ReportError(13);
         return false;
     }
-    int bodyPosition = desc.bodyPosition;
-    CString lower = desc.name;
+    auto bodyPosition = static_cast<uint32_t>(desc.bodyPosition);
     CallScope scope{*this, m_stmtPos, m_exprDepth, m_transientBase};
     m_transientBase = m_transient;
     m_exprDepth = 0;   // expression nesting is counted per function body
     ++m_callDepth;
-    m_callChain.push_back(CallFrame{name, LineOfPosition(scope.callerStatement), {}});
+    m_callChain.push_back(ActiveCall{name, scope.callerStatement});
     ++m_scopeLevel;
     PushPosition(m_pos);
-    Rewind(static_cast<uint32_t>(bodyPosition));
-    UndefineLocal(static_cast<uint32_t>(bodyPosition), lower);
-    bool ok = BindParameters(args) && RunFunctionBody();
+    Rewind(bodyPosition);
+    UndefineLocal(bodyPosition, desc.name);
+    bool ok = BindDecodedParameters(bodyPosition, args) && RunFunctionBody();
     m_callChain.pop_back();   // what follows (the result) belongs to the caller's statement
     scope.chainPopped = true;
     m_stmtPos = scope.callerStatement;
     m_exprAbandoned = m_halted;
     m_exprDepth = scope.callerExprDepth;
     if (!ok || isCall) {
-        if (ok && keepResult)
+        if (ok && keepResult) {
+            CString lower = desc.name;
             if (CBasicVariable* var = FindVariable(lower)) result = *var;
+        }
         return ok;
     }
-    CString resultName = name;
-    if (CBasicVariable* var = FindVariable(resultName)) {
+    if (CBasicVariable* var = FunctionResult(desc, name)) {
         if (!MayAllocate(static_cast<uint64_t>(var->ChargedBytes()))) return false;
         result = *var;
         return true;
@@ -164,12 +207,32 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
     return false;
 }
 
+// FindVariable of the function's value: the global of the name as called,
+// else the local bearing the function's name. Called with the descriptor's
+// own name, both bindings are kept at the definition.
+CBasicVariable* COrvoBasic::FunctionResult(const CFuncDesc& desc, const CString& name) {
+    if (name != desc.name) {
+        CString key = name;
+        return FindVariable(key);
+    }
+    auto bodyPosition = static_cast<uint32_t>(desc.bodyPosition);
+    PositionFacts& facts = FactsAt(bodyPosition);
+    if (!facts.result) {   // not made by UndefineLocal: the facts were dropped meanwhile
+        CString key = name;
+        return FindVariable(key);
+    }
+    if (!facts.global) facts.global = &BindingFor(desc.name);
+    if (facts.global->variable) return facts.global->variable;
+    return LocalBinding(*facts.result).variable;
+}
+
 bool COrvoBasic::ExecCall() {
     if (get_token() != FUNCTION) {
         ReportError(1);
         return false;
     }
     CString name = m_token;
+    CallTarget target = m_function == FT_NONE ? CallTarget{} : CurrentCallTarget();
     if (m_function == FT_DECLARED) {   // reads its own arguments: by-reference results need their names
         CBasicVariable unused;
         ExecDeclaredCall(name, unused);
@@ -180,7 +243,7 @@ bool COrvoBasic::ExecCall() {
     CArgArray& args = scope.Args();
     GetParamList(args);
     CBasicVariable unused;
-    ExecUserFunction(name, unused, args, true);
+    ExecUserFunction(name, unused, args, true, target);
     m_argBuffers = bufferMark;
     return true;
 }

@@ -146,6 +146,18 @@ bool COrvoBasic::SetVariableDirect(const CString& name, const CBasicVariable& va
     return true;
 }
 
+// SetVariableDirect for a local name that FindVariableAt has just found
+// neither as a global nor at this level.
+void COrvoBasic::CreateVariableAt(const CString& name, const CBasicVariable& value, int index) {
+    if (index >= 1) {
+        ReportError(35);
+        return;
+    }
+    CString key = name;
+    AddScopeLevelExtension(key);
+    AdoptVariable(key, std::make_unique<CBasicVariable>(value));
+}
+
 bool COrvoBasic::CopyVariable(const CString& name, const CBasicVariable& value, bool global) {
     CString key = name;
     if (CBasicVariable* var = FindVariable(key)) {
