@@ -78,6 +78,10 @@ public:
     void SetValue(const CBasicVariable& v);
     bool SetValue(const VARIANT& v);
     bool Increment();
+    // `s = s + tail` on the current element without copying the text, when
+    // that leaves the same storage as the copy would (see CVarBase); false
+    // when nothing was done. Raises the change hook like every write.
+    bool AppendInPlace(const CString& tail);
     CBasicVariable& operator++() { Increment(); return *this; }
     void Set(const CBasicVariable& other);
     void SetFieldName(const CString& name) { Cur().SetFieldName(name); }

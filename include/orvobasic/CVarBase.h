@@ -64,6 +64,10 @@ public:
     const CString& StringRef() const { return m_vt == VT_BSTR ? m_str : EmptyString(); }
 
     bool Increment();
+    // Appends `tail` to a stored string when storing the joined text would
+    // leave exactly this storage (it fits the capacity, which an assignment
+    // keeps, and no text buffer is pending); false, nothing changed, otherwise.
+    bool AppendInPlace(const CString& tail);
 
     // In-place editing of the text form for code that fills a character buffer.
     char16_t* GetStringBuffer(int length);

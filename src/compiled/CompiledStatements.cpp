@@ -182,6 +182,8 @@ bool CompiledStatements::Evaluate(COrvoBasic& basic, std::vector<ExprNode>& node
         default: return basic.ComputeArithmetic(node.op, out, right);
         }
     }
+    case NodeKind::Text: case NodeKind::Call:   // statements with them are evaluated as Scalars
+        return false;
     }
     return false;
 }
@@ -190,6 +192,7 @@ bool CompiledStatements::Evaluate(COrvoBasic& basic, std::vector<ExprNode>& node
 // the text path must run the statement.
 bool CompiledStatements::Assign(COrvoBasic& basic, CompiledStatement& statement) {
     if (!MayRun(basic, statement)) return false;
+    if (statement.general) return AssignValue(basic, statement);
     double subscript = 0, value = 0;
     if (statement.indexed && !Evaluate(basic, statement.nodes, statement.subscript, subscript)) return false;
     if (!Evaluate(basic, statement.nodes, statement.value, value)) return false;
@@ -260,6 +263,11 @@ bool CompiledStatements::RunStatementAt(COrvoBasic& basic, bool tokens) {
 bool CompiledStatements::Condition(COrvoBasic& basic, uint32_t key, StatementKind kind, bool& holds) {
     CompiledStatement* statement = Lookup(basic, key, kind);
     if (!statement || !MayRun(basic, *statement)) return false;
+    if (statement->general) {
+        if (!ConditionValue(basic, *statement, holds)) return false;
+        Restore(basic, statement->end);
+        return true;
+    }
     double left = 0, right = 0;
     if (!Evaluate(basic, statement->nodes, statement->left, left) ||
         !Evaluate(basic, statement->nodes, statement->right, right))
