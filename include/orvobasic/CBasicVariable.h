@@ -82,6 +82,8 @@ public:
     // that leaves the same storage as the copy would (see CVarBase); false
     // when nothing was done. Raises the change hook like every write.
     bool AppendInPlace(const CString& tail);
+    // SetValue(const CBasicVariable&) from a value holding just `text`.
+    void AssignText(const CString& text);
     CBasicVariable& operator++() { Increment(); return *this; }
     void Set(const CBasicVariable& other);
     void SetFieldName(const CString& name) { Cur().SetFieldName(name); }

@@ -170,7 +170,7 @@ private:
     static bool EvaluateValue(COrvoBasic& basic, std::vector<ExprNode>& nodes, uint32_t at, Scalar& out);
     static bool CallBuiltIn(COrvoBasic& basic, std::vector<ExprNode>& nodes, ExprNode& call, Scalar& out);
     static bool Combine(COrvoBasic& basic, const ExprNode& node, Scalar& left, const Scalar& right);
-    static bool StillBuiltIn(COrvoBasic& basic, const ExprNode& call);
+    static bool StillBuiltIn(COrvoBasic& basic, ExprNode& call);
     static bool ConditionValue(COrvoBasic& basic, CompiledStatement& statement, bool& holds);
     static void NoteLastCall(COrvoBasic& basic, const ExprNode& call);
     bool AssignValue(COrvoBasic& basic, CompiledStatement& statement);

@@ -76,12 +76,18 @@ bool CompareTexts(int op, const CString& a, const CString& b) { return CompareAs
 
 }  // namespace
 
-// The name still finds the descriptor it was compiled against (no host
-// function has come to shadow it, the table has not changed) and the
-// sandbox lets it be called.
-bool CompiledStatements::StillBuiltIn(COrvoBasic& basic, const ExprNode& call) {
-    return basic.m_functions.Epoch() == call.epoch && !FindHostFunction(call.text) &&
-           basic.IsAllowed(CapabilitiesOfCall(*call.desc));
+// The name still finds the built-in it was compiled against (no host
+// function has come to shadow it; after a change of the function table,
+// looked up again) and the sandbox lets it be called.
+bool CompiledStatements::StillBuiltIn(COrvoBasic& basic, ExprNode& call) {
+    if (FindHostFunction(call.text)) return false;
+    if (basic.m_functions.Epoch() != call.epoch) {
+        const CFuncDesc* desc = basic.FindFuncDesc(call.text);
+        if (!desc || desc->type != call.function || desc->handler != &COrvoBasic::ExecStringOperation) return false;
+        call.desc = desc;
+        call.epoch = basic.m_functions.Epoch();
+    }
+    return basic.IsAllowed(CapabilitiesOfCall(*call.desc));
 }
 
 bool CompiledStatements::CallBuiltIn(COrvoBasic& basic, std::vector<ExprNode>& nodes, ExprNode& call, Scalar& out) {
@@ -190,17 +196,13 @@ bool CompiledStatements::EvaluateValue(COrvoBasic& basic, std::vector<ExprNode>&
 // Stores as StoreAssignment stores a value of one element.
 bool CompiledStatements::Store(COrvoBasic& basic, CompiledStatement& statement, CBasicVariable* var, int index,
                                Scalar& value) {
-    switch (value.kind) {
-    case Scalar::Kind::Double: m_value.SetValue(value.number); break;
-    case Scalar::Kind::Integer: m_value.SetValue(static_cast<int>(value.number)); break;
-    case Scalar::Kind::Text:
-        if (value.text->size() > kLongText) return false;
-        if (value.text == &value.own) m_value.SetValue(std::move(value.own));
-        else m_value.SetValue(*value.text);
-        break;
-    }
+    if (value.IsText() && value.text->size() > kLongText) return false;
     var->SetCurIndex(index);
-    var->SetValue(m_value);
+    switch (value.kind) {
+    case Scalar::Kind::Double: m_value.SetValue(value.number); var->SetValue(m_value); break;
+    case Scalar::Kind::Integer: m_value.SetValue(static_cast<int>(value.number)); var->SetValue(m_value); break;
+    case Scalar::Kind::Text: var->AssignText(*value.text); break;
+    }
     if (statement.lastCall >= 0) NoteLastCall(basic, statement.nodes[static_cast<size_t>(statement.lastCall)]);
     return true;
 }
