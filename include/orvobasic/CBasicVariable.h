@@ -84,6 +84,15 @@ public:
     bool AppendInPlace(const CString& tail);
     // SetValue(const CBasicVariable&) from a value holding just `text`.
     void AssignText(const CString& text);
+    // Stores a number into element `index` (which becomes the current one)
+    // when that element holds a double and nothing watches the variable:
+    // the same as SetValue with a number, without the bookkeeping a change
+    // of size or kind needs. False (nothing done) otherwise.
+    bool StoreNumber(int index, double v) {
+        if (m_eventOwner || !m_items[static_cast<size_t>(index)].ReplaceDouble(v)) return false;
+        m_curIndex = index;
+        return true;
+    }
     CBasicVariable& operator++() { Increment(); return *this; }
     void Set(const CBasicVariable& other);
     void SetFieldName(const CString& name) { Cur().SetFieldName(name); }

@@ -52,12 +52,26 @@ public:
     CVarBase& operator=(const CVarBase& v) { SetValue(v); return *this; }
     CVarBase& operator=(CVarBase&& v) noexcept;
 
-    BASICVARTYPE GetType() const;
+    BASICVARTYPE GetType() const {
+        switch (m_vt) {
+        case VT_I4: case VT_R8: case VT_BOOL: return BVT_NUMBER;
+        case VT_BSTR: return BVT_STRING;
+        case VT_DISPATCH: return BVT_OBJECT;
+        default: return BVT_UNSET;
+        }
+    }
     bool IsSet() const { return GetType() != BVT_UNSET; }
     VARTYPE GetVarType() const { return m_vt; }
 
     CString GetStringValue() const;
-    double GetDoubleValue() const;
+    double GetDoubleValue() const { return m_vt == VT_R8 ? m_double : OtherDoubleValue(); }
+    // Replaces a double by a double in place, as SetValue(const CVarBase&)
+    // with a double would; false for any other kind of value.
+    bool ReplaceDouble(double number) {
+        if (m_vt != VT_R8 || !m_buffer.empty()) return false;
+        m_double = number;
+        return true;
+    }
     long GetLongValue() const;
     IDispatch* GetObjectValue() const;   // borrowed, no reference added
     // Direct access to a stored string, without copying; empty for non-strings.
@@ -91,6 +105,7 @@ public:
 
 private:
     static const CString& EmptyString();
+    double OtherDoubleValue() const;
     static size_t TextBytes(const CString& s) {
         static constexpr size_t inlineCapacity = std::u16string().capacity();
         return s.capacity() > inlineCapacity ? (s.capacity() + 1) * sizeof(char16_t) : 0;

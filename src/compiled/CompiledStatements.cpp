@@ -200,6 +200,7 @@ bool CompiledStatements::Assign(COrvoBasic& basic, CompiledStatement& statement)
     if (!var || var->HasChangeEvent()) return false;
     int index = statement.indexed ? ob::platform::TruncateToInt32(subscript) : 0;
     if (statement.indexed ? (index < 0 || index >= var->GetNumItems()) : var->GetNumItems() != 1) return false;
+    if (var->StoreNumber(index, value)) return true;
     var->SetCurIndex(index);
     m_value.SetValue(value);
     var->SetValue(m_value);
@@ -216,45 +217,10 @@ bool CompiledStatements::RunAssignment(COrvoBasic& basic) {
     if (statement->foldsLine && TokenStartFrom(basic, start) == key) {
         uint32_t& entry = EntryAt(basic, start);
         if (entry == 0) {
-            m_entryList.push_back(Entry{statement, {}});
+            m_entryList.push_back(Entry{statement, {}, nullptr, std::nullopt});
             entry = static_cast<uint32_t>(m_entryList.size());
         }
     }
-    return true;
-}
-
-uint32_t& CompiledStatements::EntryAt(const COrvoBasic& basic, uint32_t start) {
-    if (start >= m_entries.size()) m_entries.resize(std::max<size_t>(basic.m_length, start) + 1, 0);
-    return m_entries[start];
-}
-
-void CompiledStatements::NoteStatementToken(COrvoBasic& basic, uint32_t start) {
-    bool lineEnd = basic.m_tokenType == DELIMITER && basic.m_command == CMD_EOL;
-    if (!lineEnd && basic.m_tokenType != COMMAND) return;
-    uint32_t& entry = EntryAt(basic, start);
-    if (entry != 0) return;
-    TokenState token{basic.m_pos, basic.m_token, basic.m_tokenType, TOKEN_NONE, basic.m_command, KW_NONE,
-                     kKeepPendingIndex, FT_NONE};
-    m_entryList.push_back(Entry{nullptr, std::move(token)});
-    entry = static_cast<uint32_t>(m_entryList.size());
-}
-
-bool CompiledStatements::RunStatementAt(COrvoBasic& basic, bool tokens) {
-    uint32_t start = basic.m_pos;
-    if (start >= m_entries.size() || m_entries[start] == 0 || basic.m_halted) return false;
-    Entry& entry = m_entryList[m_entries[start] - 1];
-    if (!entry.assignment) {
-        if (!tokens) return false;
-        // get_token would read this line end or statement word again.
-        BASIC_TOKEN_TYPE previous = basic.m_tokenType;
-        Restore(basic, entry.token);
-        basic.m_prevTokenType = previous;
-        basic.DispatchStatement(entry.token.type);
-        return true;
-    }
-    if (basic.m_exprDepth == 0) basic.m_exprAbandoned = false;   // as at the start of every statement
-    if (!Assign(basic, *entry.assignment)) return false;
-    Restore(basic, entry.assignment->afterLine);
     return true;
 }
 
@@ -262,18 +228,19 @@ bool CompiledStatements::RunStatementAt(COrvoBasic& basic, bool tokens) {
 // cursor behind it; false when the text path must run the statement.
 bool CompiledStatements::Condition(COrvoBasic& basic, uint32_t key, StatementKind kind, bool& holds) {
     CompiledStatement* statement = Lookup(basic, key, kind);
-    if (!statement || !MayRun(basic, *statement)) return false;
-    if (statement->general) {
-        if (!ConditionValue(basic, *statement, holds)) return false;
-        Restore(basic, statement->end);
-        return true;
-    }
-    double left = 0, right = 0;
-    if (!Evaluate(basic, statement->nodes, statement->left, left) ||
-        !Evaluate(basic, statement->nodes, statement->right, right))
-        return false;
+    if (!statement || !Holds(basic, *statement, holds)) return false;
     Restore(basic, statement->end);
-    holds = Compare(statement->comparison, left, right);
+    return true;
+}
+
+bool CompiledStatements::Holds(COrvoBasic& basic, CompiledStatement& statement, bool& holds) {
+    if (!MayRun(basic, statement)) return false;
+    if (statement.general) return ConditionValue(basic, statement, holds);
+    double left = 0, right = 0;
+    if (!Evaluate(basic, statement.nodes, statement.left, left) ||
+        !Evaluate(basic, statement.nodes, statement.right, right))
+        return false;
+    holds = Compare(statement.comparison, left, right);
     return true;
 }
 

@@ -16,6 +16,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace ob {
@@ -178,19 +179,42 @@ private:
     bool Store(COrvoBasic& basic, CompiledStatement& statement, CBasicVariable* var, int index, Scalar& value);
     bool Assign(COrvoBasic& basic, CompiledStatement& statement);
     bool Condition(COrvoBasic& basic, uint32_t key, StatementKind kind, bool& holds);
+    // Evaluates a compiled condition without moving the cursor; false when
+    // the text path must run the statement.
+    static bool Holds(COrvoBasic& basic, CompiledStatement& statement, bool& holds);
 
     // Per text position: 0 not yet seen, 1 not compilable, else 2 + slot.
     std::vector<uint32_t> m_index;
     std::vector<std::unique_ptr<CompiledStatement>> m_statements;
     // What the statement loop finds where it starts a statement: a compiled
-    // assignment, or else the token it read there.
+    // assignment, or else the token it read there; for "if", "else" and
+    // "do" also the compiled condition and where a skip of the block ends,
+    // once the text path has found them.
     struct Entry {
         CompiledStatement* assignment = nullptr;
         TokenState token;
+        CompiledStatement* condition = nullptr;
+        std::optional<TokenState> skip;
     };
     // Per text position: 0, or 1 + the index of its entry.
     std::vector<uint32_t> m_entries;
     std::vector<Entry> m_entryList;
+    // The token state the statements run in a row would have left; it is
+    // put into the interpreter only when the row ends.
+    struct Row {
+        const TokenState* last = nullptr;   // null: the interpreter's own state is current
+        BASIC_TOKEN_TYPE previous = TOKEN_NONE;
+        int pendingIndex = kKeepPendingIndex;
+        bool ended = false;                 // an error was reported: the statement loop goes on
+    };
+    static void Advance(COrvoBasic& basic, Row& row, const TokenState& state, bool ownPrevious);
+    static void Leave(COrvoBasic& basic, Row& row);
+    bool RunStep(COrvoBasic& basic, Entry& entry, Row& row);
+    bool RunWord(COrvoBasic& basic, Entry& entry, Row& row);
+    bool RunCondition(COrvoBasic& basic, Entry& entry, Row& row, StatementKind kind);
+    bool SkipBlock(COrvoBasic& basic, Entry& entry, Row& row, COMMAND_TYPE open, COMMAND_TYPE close,
+                   COMMAND_TYPE stop, bool elseEnds);
+    static bool RunNext(COrvoBasic& basic);
     uint32_t& EntryAt(const COrvoBasic& basic, uint32_t start);
     // Tokens by the position get_token started reading at: 0, or 1 + index.
     std::vector<uint32_t> m_tokenIndex;

@@ -199,7 +199,11 @@ bool CompiledStatements::Store(COrvoBasic& basic, CompiledStatement& statement, 
     if (value.IsText() && value.text->size() > kLongText) return false;
     var->SetCurIndex(index);
     switch (value.kind) {
-    case Scalar::Kind::Double: m_value.SetValue(value.number); var->SetValue(m_value); break;
+    case Scalar::Kind::Double:
+        if (var->StoreNumber(index, value.number)) break;
+        m_value.SetValue(value.number);
+        var->SetValue(m_value);
+        break;
     case Scalar::Kind::Integer: m_value.SetValue(static_cast<int>(value.number)); var->SetValue(m_value); break;
     case Scalar::Kind::Text: var->AssignText(*value.text); break;
     }

@@ -176,15 +176,6 @@ bool CVarBase::SetValue(const VARIANT& v) {
     }
 }
 
-BASICVARTYPE CVarBase::GetType() const {
-    switch (m_vt) {
-    case VT_I4: case VT_R8: case VT_BOOL: return BVT_NUMBER;
-    case VT_BSTR: return BVT_STRING;
-    case VT_DISPATCH: return BVT_OBJECT;
-    default: return BVT_UNSET;
-    }
-}
-
 // Pointers print and convert through their low 32 bits, as a signed integer.
 static int32_t PointerAsLong(IDispatch* p) {
     return static_cast<int32_t>(static_cast<uint32_t>(reinterpret_cast<uintptr_t>(p)));
@@ -201,7 +192,7 @@ CString CVarBase::GetStringValue() const {
     }
 }
 
-double CVarBase::GetDoubleValue() const {
+double CVarBase::OtherDoubleValue() const {
     switch (m_vt) {
     case VT_I4: return m_long;
     case VT_R8: return m_double;
