@@ -83,7 +83,7 @@ def string_statement(rng):
     if roll < 0.8:
         return f"{rng.choice(NUMERIC)} = {' + '.join(text_operand(rng) for _ in range(rng.randrange(1, 4)))}"
     if roll < 0.9:
-        return f"if {text_operand(rng)} {rng.choice(COMPARISONS)} {text_operand(rng)} then t = t + \"!\""
+        return f"if {text_operand(rng)} {rng.choice(COMPARISONS)} {text_operand(rng)} then\n  t = t + \"!\"\nendif"
     return rng.choice(["t = left(s)", "t = mid(s, 1)", "t = s - \"a\"", "t = len()", "t = s * 2",
                        "u = q + \"a\"", "t = left(s, 1, 2)", "s = s + w", "t = (s)", "t = -s + len(s)"])
 
@@ -116,8 +116,8 @@ def block(rng, depth, lines, indent=""):
         if roll < 0.3 or depth > 2:
             lines.append(indent + assignment(rng))
         elif roll < 0.45:
-            lines.append(indent + string_statement(rng))
-            lines.append(indent + "if len(s) > 300 then s = left(s, 7)")   # appends in loops stay small
+            lines.extend(indent + line for line in string_statement(rng).split("\n"))
+            lines.extend(indent + line for line in ["if len(s) > 300 then", "  s = left(s, 7)", "endif"])
         elif roll < 0.6:
             lines.append(f"{indent}if {condition(rng)} then")
             block(rng, depth + 1, lines, indent + "  ")
