@@ -93,6 +93,8 @@ public:
         m_curIndex = index;
         return true;
     }
+    // Increment of a current element holding a double with nothing watching.
+    bool IncrementInPlace() { return !m_eventOwner && Cur().AddToDouble(1.0); }
     CBasicVariable& operator++() { Increment(); return *this; }
     void Set(const CBasicVariable& other);
     void SetFieldName(const CString& name) { Cur().SetFieldName(name); }

@@ -638,6 +638,7 @@ private:
     bool IsDelimiterChar(char16_t c) const;
     void ReadIdentifier();
     ob::BASIC_TOKEN_TYPE ClassifyIdentifier();
+    ob::BASIC_TOKEN_TYPE ReadToken();   // get_token's reading of the text
     void ReadStringLiteral();
     void LeftAssociative(CBasicVariable& result, std::u16string_view operators,
                          void (COrvoBasic::*next)(CBasicVariable&));

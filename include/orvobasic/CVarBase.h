@@ -65,6 +65,13 @@ public:
 
     CString GetStringValue() const;
     double GetDoubleValue() const { return m_vt == VT_R8 ? m_double : OtherDoubleValue(); }
+    // Adds to a double in place, as Increment does; false for any other
+    // kind of value.
+    bool AddToDouble(double step) {
+        if (m_vt != VT_R8) return false;
+        m_double += step;
+        return true;
+    }
     // Replaces a double by a double in place, as SetValue(const CVarBase&)
     // with a double would; false for any other kind of value.
     bool ReplaceDouble(double number) {

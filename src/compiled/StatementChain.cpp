@@ -135,7 +135,7 @@ bool CompiledStatements::RunWord(COrvoBasic& basic, Entry& entry, Row& row) {
 bool CompiledStatements::RunNext(COrvoBasic& basic) {
     CStackData& top = basic.m_flowStack.back();
     CBasicVariable* var = static_cast<const COrvoBasic::Binding*>(top.binding)->variable;
-    if (!var->Increment() || var->GetNumberValue() > top.value) {
+    if (!(var->IncrementInPlace() || var->Increment()) || var->GetNumberValue() > top.value) {
         basic.m_flowStack.pop_back();
         return true;
     }

@@ -155,50 +155,52 @@ BASIC_TOKEN_TYPE COrvoBasic::ClassifyIdentifier() {
 BASIC_TOKEN_TYPE COrvoBasic::get_token() {
     if (m_compiled && m_compiled->TakeKnownToken(*this)) return m_tokenType;
     uint32_t start = m_pos;
-    auto read = [this]() -> BASIC_TOKEN_TYPE {
-        m_prevTokenType = m_tokenType;
-        m_tokenType = TOKEN_NONE;
-        m_keyword = KW_NONE;
-        m_command = CMD_NONE;
-        if (IsEndOfProgram()) {
-            m_token.clear();
-            m_command = CMD_FINISHED;
-            return m_tokenType = DELIMITER;
-        }
-        while (IsBlank(CurChar()) && !IsEndOfProgram()) NextChar();
-        while (IsSkippedControl(CurChar()) && !IsEndOfProgram()) NextChar();
-        char16_t c = CurChar();
-        if (IsLineEnd(c)) {
-            NextChar();
-            if (IsLineEnd(CurChar())) NextChar();
-            m_command = CMD_EOL;
-            m_token.assign(u"\n");
-            return m_tokenType = DELIMITER;
-        }
-        if (c == u'#') {
-            FindEOL();
-            m_token.clear();
-            return m_tokenType = COMMENT;
-        }
-        if (IsDelimiterChar(c)) {
-            m_token.assign(1, c);
-            NextChar();
-            return m_tokenType = DELIMITER;
-        }
-        if (c == u'"') {
-            NextChar();
-            ReadStringLiteral();
-            return m_tokenType;
-        }
-        if (pf::IsDigit(c)) {
-            ReadIdentifier();
-            return m_tokenType = NUMBER;
-        }
-        if (pf::IsAlpha(c)) return m_tokenType = ClassifyIdentifier();
-        m_token.clear();   // nothing begins here; the cursor stays
-        return m_tokenType;
-    };
-    BASIC_TOKEN_TYPE type = read();
+    BASIC_TOKEN_TYPE type = ReadToken();
     if (m_compiled) m_compiled->NoteToken(*this, start);
     return type;
+}
+
+// Cuts the next token from the text at the cursor and classifies it.
+BASIC_TOKEN_TYPE COrvoBasic::ReadToken() {
+    m_prevTokenType = m_tokenType;
+    m_tokenType = TOKEN_NONE;
+    m_keyword = KW_NONE;
+    m_command = CMD_NONE;
+    if (IsEndOfProgram()) {
+        m_token.clear();
+        m_command = CMD_FINISHED;
+        return m_tokenType = DELIMITER;
+    }
+    while (IsBlank(CurChar()) && !IsEndOfProgram()) NextChar();
+    while (IsSkippedControl(CurChar()) && !IsEndOfProgram()) NextChar();
+    char16_t c = CurChar();
+    if (IsLineEnd(c)) {
+        NextChar();
+        if (IsLineEnd(CurChar())) NextChar();
+        m_command = CMD_EOL;
+        m_token.assign(u"\n");
+        return m_tokenType = DELIMITER;
+    }
+    if (c == u'#') {
+        FindEOL();
+        m_token.clear();
+        return m_tokenType = COMMENT;
+    }
+    if (IsDelimiterChar(c)) {
+        m_token.assign(1, c);
+        NextChar();
+        return m_tokenType = DELIMITER;
+    }
+    if (c == u'"') {
+        NextChar();
+        ReadStringLiteral();
+        return m_tokenType;
+    }
+    if (pf::IsDigit(c)) {
+        ReadIdentifier();
+        return m_tokenType = NUMBER;
+    }
+    if (pf::IsAlpha(c)) return m_tokenType = ClassifyIdentifier();
+    m_token.clear();   // nothing begins here; the cursor stays
+    return m_tokenType;
 }

@@ -38,6 +38,19 @@ for i = 1 to 2
   q = i * 2
 next
 print i; " "; q  # expect: 3.000000 4.000000
+# the loop variable becomes a whole number, then a text, inside the loop
+for i = 1 to 4
+  if i = 2 then
+    i = len("abc")
+  endif
+  print i  # expect: 1.000000
+  # expect: 3
+  # expect: 4
+next
+for j = 1 to 3
+  j = "x"
+next
+print j  # expect: x
 t = 0
 for i = 1 to 3
   t = t + twice(i)
