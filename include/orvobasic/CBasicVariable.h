@@ -78,6 +78,12 @@ public:
     void SetValue(const CBasicVariable& v);
     bool SetValue(const VARIANT& v);
     bool Increment();
+    // `s = s + tail` on the current element without copying the text, when
+    // that leaves the same storage as the copy would (see CVarBase); false
+    // when nothing was done. Raises the change hook like every write.
+    bool AppendInPlace(const CString& tail);
+    // SetValue(const CBasicVariable&) from a value holding just `text`.
+    void AssignText(const CString& text);
     // Stores a number into element `index` (which becomes the current one)
     // when that element holds a double and nothing watches the variable:
     // the same as SetValue with a number, without the bookkeeping a change

@@ -180,6 +180,38 @@ struct CFuncDesc {
     std::shared_ptr<ob::CNativeCall> native;   // the call interface prepared from the flags
 };
 
+namespace ob {
+// The interpreter's table of callable names. Every change of it counts in
+// Epoch(), so that a call compiled against one descriptor knows whether the
+// name may mean something else now. Only the operations listed are offered:
+// a new kind of change has to count itself as well.
+class FunctionMap : private std::unordered_map<CString, std::unique_ptr<CFuncDesc>, CStringHash> {
+    using Base = std::unordered_map<CString, std::unique_ptr<CFuncDesc>, CStringHash>;
+
+public:
+    using Base::begin;
+    using Base::count;
+    using Base::empty;
+    using Base::end;
+    using Base::find;
+    using Base::reserve;
+    using Base::size;
+    template <typename... Args>
+    auto emplace(Args&&... args) {
+        ++m_epoch;
+        return Base::emplace(std::forward<Args>(args)...);
+    }
+    void clear() {
+        ++m_epoch;
+        Base::clear();
+    }
+    uint64_t Epoch() const { return m_epoch; }
+
+private:
+    uint64_t m_epoch = 0;
+};
+}  // namespace ob
+
 class OB_API COrvoBasic {
 public:
     COrvoBasic();
@@ -755,7 +787,7 @@ private:
 
     // tables
     std::unordered_map<CString, ob::COMMAND_TYPE, ob::CStringHash> m_commands;
-    std::unordered_map<CString, std::unique_ptr<CFuncDesc>, ob::CStringHash> m_functions;
+    ob::FunctionMap m_functions;
     std::unordered_map<CString, ob::KEYWORD_TYPE, ob::CStringHash> m_keywords;
     std::unordered_map<CString, std::unique_ptr<CBasicVariable>, ob::CStringHash> m_variables;
     std::unordered_map<CString, uint32_t, ob::CStringHash> m_labels;

@@ -85,6 +85,13 @@ public:
     const CString& StringRef() const { return m_vt == VT_BSTR ? m_str : EmptyString(); }
 
     bool Increment();
+    // Appends `tail` to a stored string when storing the joined text would
+    // leave exactly this storage (it fits the capacity, which an assignment
+    // keeps, and no text buffer is pending); false, nothing changed, otherwise.
+    bool AppendInPlace(const CString& tail);
+    // Stores a text exactly as SetValue(const CVarBase&) stores a value
+    // holding that text and no buffer, without making that value first.
+    void AssignText(const CString& text);
 
     // In-place editing of the text form for code that fills a character buffer.
     char16_t* GetStringBuffer(int length);

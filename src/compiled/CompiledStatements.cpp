@@ -182,6 +182,8 @@ bool CompiledStatements::Evaluate(COrvoBasic& basic, std::vector<ExprNode>& node
         default: return basic.ComputeArithmetic(node.op, out, right);
         }
     }
+    case NodeKind::Text: case NodeKind::Call:   // statements with them are evaluated as Scalars
+        return false;
     }
     return false;
 }
@@ -190,6 +192,7 @@ bool CompiledStatements::Evaluate(COrvoBasic& basic, std::vector<ExprNode>& node
 // the text path must run the statement.
 bool CompiledStatements::Assign(COrvoBasic& basic, CompiledStatement& statement) {
     if (!MayRun(basic, statement)) return false;
+    if (statement.general) return AssignValue(basic, statement);
     double subscript = 0, value = 0;
     if (statement.indexed && !Evaluate(basic, statement.nodes, statement.subscript, subscript)) return false;
     if (!Evaluate(basic, statement.nodes, statement.value, value)) return false;
@@ -232,6 +235,7 @@ bool CompiledStatements::Condition(COrvoBasic& basic, uint32_t key, StatementKin
 
 bool CompiledStatements::Holds(COrvoBasic& basic, CompiledStatement& statement, bool& holds) {
     if (!MayRun(basic, statement)) return false;
+    if (statement.general) return ConditionValue(basic, statement, holds);
     double left = 0, right = 0;
     if (!Evaluate(basic, statement.nodes, statement.left, left) ||
         !Evaluate(basic, statement.nodes, statement.right, right))

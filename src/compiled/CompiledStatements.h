@@ -25,7 +25,7 @@ namespace ob {
 // then runs on the text path (the differential tests compare both).
 bool CompiledEngineWanted();
 
-enum class NodeKind : uint8_t { Number, Variable, Element, Negate, Binary };
+enum class NodeKind : uint8_t { Number, Variable, Element, Negate, Binary, Text, Call };
 
 // A variable name written at a fixed text position, with the store bindings
 // that position looks it up through once they are known.
@@ -47,6 +47,33 @@ struct ExprNode {
     uint32_t right = 0;       // Binary: right operand
     double number = 0;        // Number
     VariableRef variable;     // Variable, Element
+    // Text: the literal. Call: the built-in (its descriptor as found when
+    // compiled, valid while the function table's epoch is unchanged), its
+    // lower-case name, and its arguments in left, right, third.
+    CString text;
+    uint32_t third = 0;
+    uint8_t argc = 0;
+    FUNCTION_TYPE function = FT_NONE;
+    const CFuncDesc* desc = nullptr;
+    uint64_t epoch = 0;
+};
+
+// A value computed by a compiled expression with strings: a number (a
+// double, or an integer as "len" and "instr" give them, which prints
+// without decimals), or a text, read in place (a variable's or a literal's)
+// or made here (`own`).
+struct Scalar {
+    enum class Kind : uint8_t { Double, Integer, Text };
+    Kind kind = Kind::Double;
+    double number = 0;
+    const CString* text = nullptr;
+    CString own;
+    bool IsText() const { return kind == Kind::Text; }
+    void SetText(CString&& made) {
+        kind = Kind::Text;
+        own = std::move(made);
+        text = &own;
+    }
 };
 
 // TokenState::pendingIndex when the statement reads no variable token and so
@@ -86,6 +113,15 @@ struct CompiledStatement {
     // for the statement loop, which would read it as a statement of its own.
     bool foldsLine = false;
     TokenState afterLine;
+    // The value has texts or calls: computed as Scalar values.
+    bool general = false;
+    // "name = name + tail": appended in place when it may be; `value` is
+    // then the "+" node and `tail` its right side.
+    bool appends = false;
+    uint32_t tail = 0;
+    // The last call the text path reads, whose name and kind it leaves
+    // current; -1 when there is none.
+    int lastCall = -1;
 };
 
 class CompiledStatements {
@@ -131,6 +167,16 @@ private:
     static bool MayRun(const COrvoBasic& basic, const CompiledStatement& statement);
     static bool Evaluate(COrvoBasic& basic, std::vector<ExprNode>& nodes, uint32_t at, double& out);
     static CBasicVariable* Find(COrvoBasic& basic, VariableRef& ref);
+    // Values with texts and calls (CompiledValues.cpp).
+    static bool EvaluateValue(COrvoBasic& basic, std::vector<ExprNode>& nodes, uint32_t at, Scalar& out);
+    static bool CallBuiltIn(COrvoBasic& basic, std::vector<ExprNode>& nodes, ExprNode& call, Scalar& out);
+    static bool Combine(COrvoBasic& basic, const ExprNode& node, Scalar& left, const Scalar& right);
+    static bool StillBuiltIn(COrvoBasic& basic, ExprNode& call);
+    static bool ConditionValue(COrvoBasic& basic, CompiledStatement& statement, bool& holds);
+    static void NoteLastCall(COrvoBasic& basic, const ExprNode& call);
+    bool AssignValue(COrvoBasic& basic, CompiledStatement& statement);
+    bool Append(COrvoBasic& basic, CompiledStatement& statement, CBasicVariable* var);
+    bool Store(COrvoBasic& basic, CompiledStatement& statement, CBasicVariable* var, int index, Scalar& value);
     bool Assign(COrvoBasic& basic, CompiledStatement& statement);
     bool Condition(COrvoBasic& basic, uint32_t key, StatementKind kind, bool& holds);
     // Evaluates a compiled condition without moving the cursor; false when
@@ -203,6 +249,8 @@ private:
     uint32_t Group();
     uint32_t Primary();
     uint32_t Subscript();
+    uint32_t Call();
+    uint32_t Literal();
     uint32_t Add(ExprNode node);
     void Enter();
     int Comparison();

@@ -18,6 +18,16 @@ bool IsBlank(char16_t c) { return c == u' ' || c == u'\t'; }
 bool IsSkippedControl(char16_t c) { return c <= 9 || c == 11 || (c >= 14 && c <= 31); }
 bool IsComparisonChar(char16_t c) { return c == u'=' || c == u'<' || c == u'>' || c == u'!' || c == u'~'; }
 
+ExprNode MakeNode(NodeKind kind, int op, char16_t symbol, uint32_t left, uint32_t right, double number) {
+    ExprNode node;
+    node.kind = kind;
+    node.op = op;
+    node.symbol = symbol;
+    node.left = left;
+    node.right = right;
+    node.number = number;
+    return node;
+}
 
 }  // namespace
 
@@ -37,16 +47,22 @@ uint32_t StatementCompiler::SkipBlanks(uint32_t position) const { return Compile
 
 // True when reading the token at `position` has no effect beyond the cursor
 // and the current token: no string literal (it may report an unclosed
-// text), no dotted name (its kind depends on the store), no call.
+// text when no quote closes it on its line), no dotted name (its kind
+// depends on the store). A call's name is looked up in the function table,
+// which sets what the current call is: Attempt puts that back.
 bool StatementCompiler::SafeAt(uint32_t position) const {
     COrvoBasic& b = m_basic;
     if (position >= b.m_endIndex) return true;
     char16_t c = b.m_text[position];
-    if (c == u'"') return false;
+    if (c == u'"') {
+        for (uint32_t at = position + 1; at < b.m_endIndex; ++at) {
+            if (b.m_text[at] == u'"') return true;
+            if (b.m_text[at] == u'\n') return false;
+        }
+        return false;
+    }
     if (!pf::IsAlpha(c)) return true;
-    const COrvoBasic::IdentInfo& info = b.IdentAt(position);
-    if (info.dot >= 0) return false;
-    return !(info.command == CMD_NONE && info.end < b.m_length && b.m_text[info.end] == u'(');
+    return b.IdentAt(position).dot < 0;
 }
 
 void StatementCompiler::Next() {
@@ -83,7 +99,7 @@ uint32_t StatementCompiler::Sum() {
         char16_t symbol = token[0];
         Next();
         uint32_t right = Product();
-        left = Add(ExprNode{NodeKind::Binary, COrvoBasic::GetArithOperation(symbol), symbol, left, right, 0, {}});
+        left = Add(MakeNode(NodeKind::Binary, COrvoBasic::GetArithOperation(symbol), symbol, left, right, 0));
     }
     return left;
 }
@@ -95,7 +111,7 @@ uint32_t StatementCompiler::Product() {
         char16_t symbol = token[0];
         Next();
         uint32_t right = Power();
-        left = Add(ExprNode{NodeKind::Binary, COrvoBasic::GetArithOperation(symbol), symbol, left, right, 0, {}});
+        left = Add(MakeNode(NodeKind::Binary, COrvoBasic::GetArithOperation(symbol), symbol, left, right, 0));
     }
     return left;
 }
@@ -108,7 +124,7 @@ uint32_t StatementCompiler::Power() {
         Next();
         uint32_t right = Power();
         --m_depth;
-        left = Add(ExprNode{NodeKind::Binary, COrvoBasic::GetArithOperation(u'^'), u'^', left, right, 0, {}});
+        left = Add(MakeNode(NodeKind::Binary, COrvoBasic::GetArithOperation(u'^'), u'^', left, right, 0));
     }
     return left;
 }
@@ -121,7 +137,7 @@ uint32_t StatementCompiler::Signed() {
         Next();
     }
     uint32_t operand = Group();
-    if (sign == u'-') return Add(ExprNode{NodeKind::Negate, 0, 0, operand, 0, 0, {}});
+    if (sign == u'-') return Add(MakeNode(NodeKind::Negate, 0, 0, operand, 0, 0));
     return operand;
 }
 
@@ -138,13 +154,17 @@ uint32_t StatementCompiler::Group() {
 
 uint32_t StatementCompiler::Primary() {
     COrvoBasic& b = m_basic;
+    if (b.m_tokenType == QUOTE) return Literal();
+    if (b.m_tokenType == FUNCTION) return Call();
     if (b.m_tokenType == NUMBER) {
-        uint32_t node = Add(ExprNode{NodeKind::Number, 0, 0, 0, 0, pf::ParseDouble(b.m_token), {}});
+        uint32_t node = Add(MakeNode(NodeKind::Number, 0, 0, 0, 0, pf::ParseDouble(b.m_token)));
         Next();
         return node;
     }
     if (b.m_tokenType != VARIABLE) throw Failed{};
-    ExprNode node{NodeKind::Variable, 0, 0, 0, 0, 0, {b.m_pos - static_cast<uint32_t>(b.m_token.size()), b.m_token}};
+    ExprNode node = MakeNode(NodeKind::Variable, 0, 0, 0, 0, 0);
+    node.variable.position = b.m_pos - static_cast<uint32_t>(b.m_token.size());
+    node.variable.name = b.m_token;
     if (b.CurChar() == u'[') {
         Next();
         node.kind = NodeKind::Element;
@@ -152,6 +172,76 @@ uint32_t StatementCompiler::Primary() {
     }
     uint32_t at = Add(std::move(node));
     Next();
+    return at;
+}
+
+uint32_t StatementCompiler::Literal() {
+    ExprNode node;
+    node.kind = NodeKind::Text;
+    node.text = m_basic.m_token;
+    uint32_t at = Add(std::move(node));
+    m_out->general = true;
+    Next();
+    return at;
+}
+
+namespace {
+
+// The built-ins a compiled call runs itself, with the number of arguments
+// each takes ("len", "lcase" and "ucase" would ignore further ones; such a
+// call stays on the text path).
+struct CompiledBuiltIn {
+    FUNCTION_TYPE type;
+    uint8_t argc;
+};
+constexpr CompiledBuiltIn kCompiledBuiltIns[] = {
+    {FT_LEN, 1}, {FT_LEFT, 2}, {FT_RIGHT, 2}, {FT_MID, 3}, {FT_INSTR, 2}, {FT_LCASE, 1}, {FT_UCASE, 1},
+};
+
+}  // namespace
+
+// A call of a string built-in, read as GetParamList and ExecFunction read
+// it: "(" arguments ")", the ")" put back and read again.
+uint32_t StatementCompiler::Call() {
+    COrvoBasic& b = m_basic;
+    const CompiledBuiltIn* builtIn = nullptr;
+    for (const auto& candidate : kCompiledBuiltIns)
+        if (candidate.type == b.m_function) builtIn = &candidate;
+    if (!builtIn) throw Failed{};
+    CString lower = b.m_token;
+    lower.MakeLower();
+    const CFuncDesc* desc = b.FindFuncDesc(lower);
+    if (!desc || desc->type != builtIn->type || desc->handler != &COrvoBasic::ExecStringOperation) throw Failed{};
+    ExprNode node;
+    node.kind = NodeKind::Call;
+    node.function = builtIn->type;
+    node.desc = desc;
+    node.epoch = b.m_functions.Epoch();
+    node.text = std::move(lower);
+    node.argc = builtIn->argc;
+    uint32_t at = Add(std::move(node));
+    m_out->general = true;
+    m_out->lastCall = static_cast<int>(at);
+    Next();
+    if (b.m_token != u"(") throw Failed{};
+    Next();
+    if (b.m_token == u")") throw Failed{};
+    b.putback();
+    uint32_t args[3] = {0, 0, 0};
+    size_t count = 0;
+    do {
+        if (count == builtIn->argc) throw Failed{};
+        args[count++] = Expression();
+        Next();
+    } while (b.m_token == u",");
+    if (count != builtIn->argc || b.m_token != u")") throw Failed{};
+    b.putback();
+    Next();
+    Next();
+    ExprNode& call = m_out->nodes[at];
+    call.left = args[0];
+    call.right = args[1];
+    call.third = args[2];
     return at;
 }
 
@@ -182,6 +272,8 @@ template <typename Body>
 std::unique_ptr<CompiledStatement> StatementCompiler::Attempt(Body body) {
     COrvoBasic& b = m_basic;
     TokenState start = Save();
+    CString functionName = b.m_curFuncName;
+    int functionPosition = b.m_curFuncPos;
     auto statement = std::make_unique<CompiledStatement>();
     m_out = statement.get();
     bool ok = true;
@@ -194,6 +286,9 @@ std::unique_ptr<CompiledStatement> StatementCompiler::Attempt(Body body) {
     bool readVariable = b.m_pendingIndex != kKeepPendingIndex;
     CompiledStatements::Restore(b, start);
     b.m_pendingIndex = start.pendingIndex;
+    b.m_function = start.function;
+    b.m_curFuncName = std::move(functionName);
+    b.m_curFuncPos = functionPosition;
     if (!ok) return nullptr;
     statement->end.pendingIndex = readVariable ? 0 : kKeepPendingIndex;
     return statement;
@@ -218,6 +313,12 @@ std::unique_ptr<CompiledStatement> StatementCompiler::CompileAssignment() {
         // own type; the compiled value is always a double.
         NodeKind root = statement->nodes[statement->value].kind;
         if (root == NodeKind::Variable || root == NodeKind::Element) throw Failed{};
+        const ExprNode& value = statement->nodes[statement->value];
+        if (statement->general && !statement->indexed && value.kind == NodeKind::Binary && value.symbol == u'+' &&
+            statement->nodes[value.left].kind == NodeKind::Variable) {
+            statement->appends = true;
+            statement->tail = value.right;
+        }
         bool ends = (b.m_tokenType == DELIMITER && (b.m_command == CMD_EOL || b.m_command == CMD_FINISHED)) ||
                     b.m_tokenType == COMMENT;
         if (!ends) throw Failed{};

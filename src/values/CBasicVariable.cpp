@@ -61,6 +61,21 @@ void CBasicVariable::SetValue(CString&& v) {
     Changed(i, before);
 }
 
+void CBasicVariable::AssignText(const CString& text) {
+    size_t i = static_cast<size_t>(m_curIndex);
+    int64_t before = Weigh(i);
+    Cur().AssignText(text);
+    Changed(i, before);
+}
+
+bool CBasicVariable::AppendInPlace(const CString& tail) {
+    size_t i = static_cast<size_t>(m_curIndex);
+    int64_t before = Weigh(i);
+    if (!Cur().AppendInPlace(tail)) return false;
+    Changed(i, before);
+    return true;
+}
+
 void CBasicVariable::SetValue(const CString& v) {
     size_t i = static_cast<size_t>(m_curIndex);
     int64_t before = Weigh(i);

@@ -111,6 +111,20 @@ void CVarBase::SetValue(const CString& text) {
     m_str = text;
 }
 
+void CVarBase::AssignText(const CString& text) {
+    Clear();
+    m_vt = VT_BSTR;
+    m_str = text;
+    m_buffer.clear();
+}
+
+bool CVarBase::AppendInPlace(const CString& tail) {
+    if (m_vt != VT_BSTR || !m_buffer.empty() || m_str.capacity() > kKeptStorage) return false;
+    if (tail.size() > m_str.capacity() - m_str.size()) return false;
+    m_str.append(tail);
+    return true;
+}
+
 void CVarBase::SetValue(const double& number) {
     Clear();
     m_vt = VT_R8;

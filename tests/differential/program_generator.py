@@ -49,6 +49,45 @@ def string_expression(rng):
     return " + ".join(parts)
 
 
+COUNTS = ["0", "1", "3", "-1", "-7", "100", "2.9", "i", "k - 5", "len(s)", "1e300", "-1e300", '"2"', "nope"]
+TEXTS = ['"abcde"', '""', '"x y"', '"\u00e4b"', "s", "t", "u"]
+
+
+def text_operand(rng):
+    roll = rng.random()
+    if roll < 0.35:
+        return rng.choice(TEXTS)
+    if roll < 0.45:
+        return rng.choice(["a", "2.5", "len(t)", "instr(s, \"l\")", "v[1]", "zz", "w"])
+    call = rng.choice(["left", "right", "mid", "ucase", "lcase", "len", "instr"])
+    text = rng.choice(TEXTS)
+    if call == "mid":
+        return f"mid({text}, {rng.choice(COUNTS)}, {rng.choice(COUNTS)})"
+    if call in ("left", "right"):
+        return f"{call}({text}, {rng.choice(COUNTS)})"
+    if call == "instr":
+        return f"instr({text}, {rng.choice(TEXTS)})"
+    return f"{call}({text})"
+
+
+def string_statement(rng):
+    """Appends, substrings, lengths, number and text mixes, and calls that
+    fail (missing arguments, "-" on texts, names never set)."""
+    roll = rng.random()
+    target = rng.choice(["s", "t", "u"])
+    if roll < 0.3:
+        tail = " + ".join(text_operand(rng) for _ in range(rng.randrange(1, 3)))
+        return f"{target} = {target} + {tail}"
+    if roll < 0.6:
+        return f"{target} = {text_operand(rng)}"
+    if roll < 0.8:
+        return f"{rng.choice(NUMERIC)} = {' + '.join(text_operand(rng) for _ in range(rng.randrange(1, 4)))}"
+    if roll < 0.9:
+        return f"if {text_operand(rng)} {rng.choice(COMPARISONS)} {text_operand(rng)} then\n  t = t + \"!\"\nendif"
+    return rng.choice(["t = left(s)", "t = mid(s, 1)", "t = s - \"a\"", "t = len()", "t = s * 2",
+                       "u = q + \"a\"", "t = left(s, 1, 2)", "s = s + w", "t = (s)", "t = -s + len(s)"])
+
+
 def condition(rng):
     if rng.random() < 0.5:   # small whole numbers: equal sides are common
         return f"{rng.choice(NUMERIC + ['f0', 'd0'])} {rng.choice(COMPARISONS)} {rng.randrange(4)}"
@@ -74,8 +113,11 @@ def assignment(rng):
 def block(rng, depth, lines, indent=""):
     for _ in range(rng.randrange(2, 6)):
         roll = rng.random()
-        if roll < 0.45 or depth > 2:
+        if roll < 0.3 or depth > 2:
             lines.append(indent + assignment(rng))
+        elif roll < 0.45:
+            lines.extend(indent + line for line in string_statement(rng).split("\n"))
+            lines.extend(indent + line for line in ["if len(s) > 300 then", "  s = left(s, 7)", "endif"])
         elif roll < 0.6:
             lines.append(f"{indent}if {condition(rng)} then")
             block(rng, depth + 1, lines, indent + "  ")
@@ -104,9 +146,9 @@ def block(rng, depth, lines, indent=""):
 
 def generate(rng):
     lines = ["a = 1", "b = 2", "c = 0", "i = 0", "k = 3", 's = "hello"', 't = ""',
-             "dim v[6]", "dim w[3]", "v[0] = 5", "w[1] = 2"]
+             "u = t", "dim v[6]", "dim w[3]", "v[0] = 5", "w[1] = 2"]
     block(rng, 0, lines)
-    lines.append('print "end"; a; b; c; i; k; s; t; v[0]; v[1]; w[1]')
+    lines.append('print "end"; a; b; c; i; k; s; t; u; v[0]; v[1]; w[1]')
     lines += ["end", "function twice(x)", "  if x > 1000000 then", "    twice = 0", "  else",
               "    twice = x * 2", "  endif", "endfunction", "sub show(p)", "  print p", "endsub"]
     return "\n".join(lines) + "\n"
