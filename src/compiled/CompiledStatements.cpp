@@ -55,6 +55,7 @@ void CompiledStatements::Restore(COrvoBasic& basic, const TokenState& state) {
 }
 
 void CompiledStatements::NoteToken(COrvoBasic& basic, uint32_t start) {
+    if (m_notingPaused) return;
     switch (basic.m_tokenType) {
     case DELIMITER:
         if (basic.m_command == CMD_FINISHED) return;   // the end of a text that may grow
@@ -72,7 +73,7 @@ void CompiledStatements::NoteToken(COrvoBasic& basic, uint32_t start) {
         return;
     }
     if (start >= m_tokenIndex.size()) m_tokenIndex.resize(std::max<size_t>(basic.m_length, start) + 1, 0);
-    if (m_tokenIndex[start] != 0) return;
+    if (!SecondSight(m_tokenIndex[start])) return;
     m_knownTokens.push_back(TokenState{basic.m_pos, basic.m_token, basic.m_tokenType, TOKEN_NONE, basic.m_command,
                                        basic.m_keyword, basic.m_tokenType == VARIABLE ? 0 : kKeepPendingIndex,
                                        FT_NONE});
@@ -89,11 +90,12 @@ void CompiledStatements::ApplyKnownToken(COrvoBasic& basic, const TokenState& to
     if (token.pendingIndex != kKeepPendingIndex) basic.m_pendingIndex = token.pendingIndex;
 }
 
-// The compiled form of the statement at `key`, compiled on first sight;
-// null when it cannot be compiled.
+// The compiled form of the statement at `key`, compiled on its second
+// sight; null before that and when it cannot be compiled.
 CompiledStatement* CompiledStatements::Lookup(COrvoBasic& basic, uint32_t key, StatementKind kind) {
     if (key >= m_index.size()) m_index.resize(std::max<size_t>(basic.m_length, key) + 1, 0);
-    if (m_index[key] == 0) {
+    if (m_index[key] == 0 || m_index[key] == kSeenOnce) {
+        if (!SecondSight(m_index[key])) return nullptr;
         StatementCompiler compiler(basic);
         auto statement = kind == StatementKind::Assignment ? compiler.CompileAssignment()
                                                            : compiler.CompileCondition(kind);
@@ -216,7 +218,7 @@ bool CompiledStatements::RunAssignment(COrvoBasic& basic) {
     uint32_t start = basic.m_stmtPos;
     if (statement->foldsLine && TokenStartFrom(basic, start) == key) {
         uint32_t& entry = EntryAt(basic, start);
-        if (entry == 0) {
+        if (entry == 0 || entry == kSeenOnce) {
             m_entryList.push_back(Entry{statement, {}, nullptr, std::nullopt});
             entry = static_cast<uint32_t>(m_entryList.size());
         }

@@ -147,13 +147,16 @@ public:
     // token are then set as reading it would set them.
     bool TakeKnownToken(COrvoBasic& basic) {
         uint32_t at = basic.GetPosition();
-        if (at >= m_tokenIndex.size() || m_tokenIndex[at] == 0) return false;
+        if (at >= m_tokenIndex.size() || m_tokenIndex[at] == 0 || m_tokenIndex[at] == kSeenOnce) return false;
         ApplyKnownToken(basic, m_knownTokens[m_tokenIndex[at] - 1]);
         return true;
     }
     // get_token has read a token from `start`: remembered when its reading
     // depends on the text alone and reports nothing.
     void NoteToken(COrvoBasic& basic, uint32_t start);
+    // While paused, tokens read are not remembered: the load-time scan reads
+    // the whole text once, which says nothing about what runs often.
+    void PauseNoting(bool paused) { m_notingPaused = paused; }
     // The text changed: every compiled form is void.
     void Clear();
     // Sets the cursor and the current token to `state` (the function kind
@@ -163,6 +166,16 @@ public:
     static uint32_t TokenStartFrom(const COrvoBasic& basic, uint32_t position);
 
 private:
+    // The slots of the per-position tables below hold kSeenOnce after the
+    // first sight of a position: what runs once is not worth remembering,
+    // so a token, statement or entry is kept from its second sight on.
+    static constexpr uint32_t kSeenOnce = UINT32_MAX;
+    // True when `slot` is to be filled now (its second sight).
+    static bool SecondSight(uint32_t& slot) {
+        if (slot == 0) slot = kSeenOnce;
+        else if (slot == kSeenOnce) return true;
+        return false;
+    }
     CompiledStatement* Lookup(COrvoBasic& basic, uint32_t key, StatementKind kind);
     static bool MayRun(const COrvoBasic& basic, const CompiledStatement& statement);
     static bool Evaluate(COrvoBasic& basic, std::vector<ExprNode>& nodes, uint32_t at, double& out);
@@ -218,6 +231,7 @@ private:
     uint32_t& EntryAt(const COrvoBasic& basic, uint32_t start);
     // Tokens by the position get_token started reading at: 0, or 1 + index.
     std::vector<uint32_t> m_tokenIndex;
+    bool m_notingPaused = false;
     std::vector<TokenState> m_knownTokens;
     static void ApplyKnownToken(COrvoBasic& basic, const TokenState& token);
     CBasicVariable m_value;   // the computed value, stored as the text path stores its result

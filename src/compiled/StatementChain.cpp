@@ -30,7 +30,7 @@ void CompiledStatements::NoteStatementToken(COrvoBasic& basic, uint32_t start) {
     bool lineEnd = basic.m_tokenType == DELIMITER && basic.m_command == CMD_EOL;
     if (!lineEnd && basic.m_tokenType != COMMAND) return;
     uint32_t& entry = EntryAt(basic, start);
-    if (entry != 0) return;
+    if (!SecondSight(entry)) return;
     TokenState token{basic.m_pos, basic.m_token, basic.m_tokenType, TOKEN_NONE, basic.m_command, KW_NONE,
                      kKeepPendingIndex, FT_NONE};
     m_entryList.push_back(Entry{nullptr, std::move(token), nullptr, std::nullopt});
@@ -62,7 +62,9 @@ bool CompiledStatements::RunStatementAt(COrvoBasic& basic, bool tokens) {
     bool ran = false;
     for (;;) {
         uint32_t start = basic.m_pos;
-        if (row.ended || start >= m_entries.size() || m_entries[start] == 0 || basic.m_halted) break;
+        if (row.ended || start >= m_entries.size() || m_entries[start] == 0 || m_entries[start] == kSeenOnce ||
+            basic.m_halted)
+            break;
         Entry& entry = m_entryList[m_entries[start] - 1];
         if (!entry.assignment && entry.token.type == DELIMITER) {   // a line end: nothing to check or run
             if (basic.m_exprDepth == 0) basic.m_exprAbandoned = false;
@@ -147,7 +149,8 @@ bool CompiledStatements::RunNext(COrvoBasic& basic) {
 bool CompiledStatements::RunCondition(COrvoBasic& basic, Entry& entry, Row& row, StatementKind kind) {
     if (!entry.condition) {
         uint32_t key = entry.token.position;
-        if (key >= m_index.size() || m_index[key] < 2) return false;   // the text path compiles it first
+        // the text path compiles it first
+        if (key >= m_index.size() || m_index[key] < 2 || m_index[key] == kSeenOnce) return false;
         CompiledStatement* statement = m_statements[m_index[key] - 2].get();
         if (statement->kind != kind) return false;
         entry.condition = statement;

@@ -33,6 +33,11 @@ bool COrvoBasic::LabelsScan() {
 // Enters the labels and the functions and subs defined from `from` on.
 bool COrvoBasic::ScanDefinitions(uint32_t from) {
     if (from == 0 || !Rewind(from)) Rewind();
+    struct QuietScan {
+        ob::CompiledStatements* compiled;
+        explicit QuietScan(ob::CompiledStatements* c) : compiled(c) { if (compiled) compiled->PauseNoting(true); }
+        ~QuietScan() { if (compiled) compiled->PauseNoting(false); }
+    } quiet(m_compiled.get());
     for (;;) {
         m_stmtPos = m_pos;
         uint32_t before = m_pos;
