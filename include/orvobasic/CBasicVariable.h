@@ -146,6 +146,15 @@ private:
     }
     int64_t Weigh(size_t index) const { return m_meter ? ItemBytes(m_items[index]) : 0; }
     void Changed(size_t index, int64_t before);
+    // Runs `write` on the current element, then keeps the meter and raises
+    // the change hook as every write does.
+    template <typename Write>
+    void WriteCurrent(Write&& write) {
+        size_t i = static_cast<size_t>(m_curIndex);
+        int64_t before = Weigh(i);
+        write(Cur());
+        Changed(i, before);
+    }
     void Recharge();
     CVarBase& Cur() { return m_items[static_cast<size_t>(m_curIndex)]; }
     const CVarBase& Cur() const { return m_items[static_cast<size_t>(m_curIndex)]; }

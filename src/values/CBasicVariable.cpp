@@ -55,17 +55,11 @@ void CBasicVariable::Init() {
 bool CBasicVariable::IsSet() const { return m_items.size() >= 2 || m_items[0].IsSet(); }
 
 void CBasicVariable::SetValue(CString&& v) {
-    size_t i = static_cast<size_t>(m_curIndex);
-    int64_t before = Weigh(i);
-    Cur().SetValue(std::move(v));
-    Changed(i, before);
+    WriteCurrent([&](CVarBase& item) { item.SetValue(std::move(v)); });
 }
 
 void CBasicVariable::AssignText(const CString& text) {
-    size_t i = static_cast<size_t>(m_curIndex);
-    int64_t before = Weigh(i);
-    Cur().AssignText(text);
-    Changed(i, before);
+    WriteCurrent([&](CVarBase& item) { item.AssignText(text); });
 }
 
 bool CBasicVariable::AppendInPlace(const CString& tail) {
@@ -77,40 +71,22 @@ bool CBasicVariable::AppendInPlace(const CString& tail) {
 }
 
 void CBasicVariable::SetValue(const CString& v) {
-    size_t i = static_cast<size_t>(m_curIndex);
-    int64_t before = Weigh(i);
-    Cur().SetValue(v);
-    Changed(i, before);
+    WriteCurrent([&](CVarBase& item) { item.SetValue(v); });
 }
 void CBasicVariable::SetValue(const char16_t* v) {
-    size_t i = static_cast<size_t>(m_curIndex);
-    int64_t before = Weigh(i);
-    Cur().SetValue(v);
-    Changed(i, before);
+    WriteCurrent([&](CVarBase& item) { item.SetValue(v); });
 }
 void CBasicVariable::SetValue(const double& v) {
-    size_t i = static_cast<size_t>(m_curIndex);
-    int64_t before = Weigh(i);
-    Cur().SetValue(v);
-    Changed(i, before);
+    WriteCurrent([&](CVarBase& item) { item.SetValue(v); });
 }
 void CBasicVariable::SetValue(const int& v) {
-    size_t i = static_cast<size_t>(m_curIndex);
-    int64_t before = Weigh(i);
-    Cur().SetValue(static_cast<long>(v));
-    Changed(i, before);
+    WriteCurrent([&](CVarBase& item) { item.SetValue(static_cast<long>(v)); });
 }
 void CBasicVariable::SetValue(bool v) {
-    size_t i = static_cast<size_t>(m_curIndex);
-    int64_t before = Weigh(i);
-    Cur().SetValue(v);
-    Changed(i, before);
+    WriteCurrent([&](CVarBase& item) { item.SetValue(v); });
 }
 void CBasicVariable::SetValue(IDispatch* const v) {
-    size_t i = static_cast<size_t>(m_curIndex);
-    int64_t before = Weigh(i);
-    Cur().SetValue(v);
-    Changed(i, before);
+    WriteCurrent([&](CVarBase& item) { item.SetValue(v); });
 }
 
 void CBasicVariable::SetValue(const CString& v, int index) {
@@ -147,10 +123,7 @@ void CBasicVariable::SetValue(IDispatch* const v, int index) {
 }
 
 void CBasicVariable::SetValue(const CBasicVariable& v) {
-    size_t i = static_cast<size_t>(m_curIndex);
-    int64_t before = Weigh(i);
-    Cur().SetValue(v.Cur());
-    Changed(i, before);
+    WriteCurrent([&](CVarBase& item) { item.SetValue(v.Cur()); });
 }
 
 bool CBasicVariable::SetValue(const VARIANT& v) {
