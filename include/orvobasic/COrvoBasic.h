@@ -804,7 +804,6 @@ private:
         ob::BASIC_TOKEN_TYPE previousType = ob::TOKEN_NONE;
     };
     std::vector<ParamList> m_paramLists;
-    uint32_t m_functionEpoch = 1;       // bumped when m_functions changes
     size_t m_argDepth = 0;
     friend class ArgListScope;
     std::vector<uint32_t> m_returnStack;

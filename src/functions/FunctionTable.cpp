@@ -118,12 +118,12 @@ bool COrvoBasic::AddFunction(CFuncDesc* desc) {
         return false;
     }
     m_functions.emplace(desc->name, std::unique_ptr<CFuncDesc>(desc));
-    ++m_functionEpoch;
     return true;
 }
 
 uint64_t COrvoBasic::FunctionEpoch() const {
-    return (uint64_t{m_functionEpoch} << 32) ^ static_cast<uint64_t>(ob::HostFunctionCount());
+    // The table counts its own changes from 0; 0 stays free to mean "unknown".
+    return ((m_functions.Epoch() + 1) << 32) ^ static_cast<uint64_t>(ob::HostFunctionCount());
 }
 
 const CFuncDesc* COrvoBasic::FindFuncDesc(const CString& lowerName) const {
@@ -269,6 +269,5 @@ bool COrvoBasic::ExecFunction(CBasicVariable& result) {
 
 bool COrvoBasic::FunctionsFree() {
     m_functions.clear();   // the host's table goes with the last interpreter (Registry.cpp)
-    ++m_functionEpoch;
     return true;
 }
