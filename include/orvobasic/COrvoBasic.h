@@ -717,9 +717,14 @@ private:
     // or null. Kept for the interpreter's life so that the facts of a text
     // position can point at it: creating or deleting a variable updates its
     // binding instead of invalidating every remembered lookup.
+    using VariableMap = std::unordered_map<CString, std::unique_ptr<CBasicVariable>, ob::CStringHash>;
     struct Binding {
         CBasicVariable* variable = nullptr;
         const CString* key = nullptr;   // the store's key (the map node's own)
+        // A function's value is removed from the store each time the
+        // function starts; its entry waits here, emptied, to be put back
+        // when the value is set again instead of being made anew.
+        VariableMap::node_type spare;
     };
     // A lower-cased name and its local binding at each scope level, made the
     // first time a level looks it up.
@@ -751,6 +756,8 @@ private:
     PositionFacts& NewFactsAt(uint32_t position);
     bool UndefineLocal(uint32_t position, const CString& lowerName);
     Binding& BindingFor(const CString& key);
+    void AdoptVariable(const CString& key, std::unique_ptr<CBasicVariable> variable, Binding& binding);
+    void ReviveVariable(const CString& key, const CBasicVariable& value, Binding& binding);
     Binding& LocalBinding(Symbol& symbol);
     void Unbind(const CString& key);
     const CString& LevelSuffix(unsigned level);
@@ -789,7 +796,7 @@ private:
     std::unordered_map<CString, ob::COMMAND_TYPE, ob::CStringHash> m_commands;
     ob::FunctionMap m_functions;
     std::unordered_map<CString, ob::KEYWORD_TYPE, ob::CStringHash> m_keywords;
-    std::unordered_map<CString, std::unique_ptr<CBasicVariable>, ob::CStringHash> m_variables;
+    VariableMap m_variables;
     std::unordered_map<CString, uint32_t, ob::CStringHash> m_labels;
     std::vector<CString> m_operands;    // expression operand list
     CString m_scratchName;              // reused by FindVariable

@@ -96,6 +96,7 @@ public:
     // In-place editing of the text form for code that fills a character buffer.
     char16_t* GetStringBuffer(int length);
     void ReleaseStringBuffer();
+    bool HasStringBuffer() const { return !m_buffer.empty(); }
 
     const CString& GetFieldName() const { return m_fieldName; }
     void SetFieldName(const CString& name) { m_fieldName = name; }

@@ -36,6 +36,8 @@ bool ob::CompiledEngineWanted() {
 }
 
 void CompiledStatements::Clear() {
+    m_calls.clear();
+    m_replayable = 0;
     m_index.clear();
     m_entries.clear();
     m_entryList.clear();
@@ -184,7 +186,7 @@ bool CompiledStatements::Evaluate(COrvoBasic& basic, std::vector<ExprNode>& node
         default: return basic.ComputeArithmetic(node.op, out, right);
         }
     }
-    case NodeKind::Text: case NodeKind::Call:   // statements with them are evaluated as Scalars
+    case NodeKind::Text: case NodeKind::Call: case NodeKind::ScriptCall:   // evaluated as Scalars
         return false;
     }
     return false;
@@ -212,7 +214,8 @@ bool CompiledStatements::Assign(COrvoBasic& basic, CompiledStatement& statement)
 bool CompiledStatements::RunAssignment(COrvoBasic& basic) {
     uint32_t key = basic.m_pos - static_cast<uint32_t>(basic.m_token.size());
     CompiledStatement* statement = Lookup(basic, key, StatementKind::Assignment);
-    if (!statement || !Assign(basic, *statement)) return false;
+    if (!statement || !(statement->callsScript ? RunCalling(basic, *statement) : Assign(basic, *statement)))
+        return false;
     Restore(basic, statement->end);
     // Reached from the statement loop: next time the loop can start here.
     uint32_t start = basic.m_stmtPos;

@@ -25,7 +25,7 @@ namespace ob {
 // then runs on the text path (the differential tests compare both).
 bool CompiledEngineWanted();
 
-enum class NodeKind : uint8_t { Number, Variable, Element, Negate, Binary, Text, Call };
+enum class NodeKind : uint8_t { Number, Variable, Element, Negate, Binary, Text, Call, ScriptCall };
 
 // A variable name written at a fixed text position, with the store bindings
 // that position looks it up through once they are known.
@@ -36,6 +36,28 @@ struct VariableRef {
     void* local = nullptr;    // the name's symbol, for the local of the current level
     unsigned level = 0;       // the scope level `levelBinding` belongs to (0: none yet)
     void* levelBinding = nullptr;
+};
+
+// The cursor and current token as the text path leaves them at a fixed point
+// of a statement (they depend on the text alone).
+struct TokenState {
+    uint32_t position = 0;
+    CString token;
+    BASIC_TOKEN_TYPE type = TOKEN_NONE;
+    BASIC_TOKEN_TYPE previousType = TOKEN_NONE;
+    COMMAND_TYPE command = CMD_NONE;
+    KEYWORD_TYPE keyword = KW_NONE;
+    int pendingIndex = 0;
+    FUNCTION_TYPE function = FT_NONE;
+};
+
+// A call of a script function: its arguments, and the token state the text
+// path has when it enters the function (the argument list read, its ")"
+// put back).
+struct ScriptCallSite {
+    static constexpr size_t kMaxArguments = 4;   // more: the call is not compiled
+    std::vector<uint32_t> arguments;
+    TokenState atCall;
 };
 
 // One node of an expression tree; children are indices into the same vector.
@@ -56,6 +78,9 @@ struct ExprNode {
     FUNCTION_TYPE function = FT_NONE;
     const CFuncDesc* desc = nullptr;
     uint64_t epoch = 0;
+    // ScriptCall: the function as above (`variable.position` is where its
+    // name starts), its arguments and entry state.
+    std::unique_ptr<ScriptCallSite> site;
 };
 
 // A value computed by a compiled expression with strings: a number (a
@@ -65,6 +90,9 @@ struct ExprNode {
 struct Scalar {
     enum class Kind : uint8_t { Double, Integer, Text };
     Kind kind = Kind::Double;
+    // False for a stored value with more than its value (a field name or a
+    // text buffer), which a copy of the whole variable would carry along.
+    bool plain = true;
     double number = 0;
     const CString* text = nullptr;
     CString own;
@@ -79,19 +107,6 @@ struct Scalar {
 // TokenState::pendingIndex when the statement reads no variable token and so
 // leaves the pending subscript as it was.
 constexpr int kKeepPendingIndex = -0x5eed;
-
-// The cursor and current token as the text path leaves them at a fixed point
-// of a statement (they depend on the text alone).
-struct TokenState {
-    uint32_t position = 0;
-    CString token;
-    BASIC_TOKEN_TYPE type = TOKEN_NONE;
-    BASIC_TOKEN_TYPE previousType = TOKEN_NONE;
-    COMMAND_TYPE command = CMD_NONE;
-    KEYWORD_TYPE keyword = KW_NONE;
-    int pendingIndex = 0;
-    FUNCTION_TYPE function = FT_NONE;
-};
 
 enum class StatementKind : uint8_t { Assignment, If, DoWhile };
 
@@ -122,6 +137,15 @@ struct CompiledStatement {
     // The last call the text path reads, whose name and kind it leaves
     // current; -1 when there is none.
     int lastCall = -1;
+    // The value is a lone variable or element, which the text path copies
+    // whole: compiled only while that copy is the bare value.
+    bool lone = false;
+    // The value calls script functions. Their arguments are the only
+    // variables read before a call, so that nothing read earlier can be
+    // changed by a call; the target is found after the value, as the text
+    // path finds it.
+    bool callsScript = false;
+    TokenState start;         // after the target's name (callsScript only)
 };
 
 class CompiledStatements {
@@ -157,6 +181,18 @@ public:
     // While paused, tokens read are not remembered: the load-time scan reads
     // the whole text once, which says nothing about what runs often.
     void PauseNoting(bool paused) { m_notingPaused = paused; }
+    // The text path is about to run the call whose name is the current
+    // token: true when a compiled statement that then fell back to the text
+    // path has run it already. `result` is then its value, and the cursor,
+    // token and current call are as the function's return left them.
+    bool TakeLoggedCall(COrvoBasic& basic, CBasicVariable& result) {
+        return m_replayable > 0 && TakeLogged(basic, result);
+    }
+    // The text path starts a statement at call depth `depth`: calls logged
+    // by statements at that depth or deeper are done with.
+    void StartStatement(int depth) {
+        if (!m_calls.empty()) DropLogged(depth);
+    }
     // The text changed: every compiled form is void.
     void Clear();
     // Sets the cursor and the current token to `state` (the function kind
@@ -188,6 +224,13 @@ private:
     static bool ConditionValue(COrvoBasic& basic, CompiledStatement& statement, bool& holds);
     static void NoteLastCall(COrvoBasic& basic, const ExprNode& call);
     bool AssignValue(COrvoBasic& basic, CompiledStatement& statement);
+    static bool Create(COrvoBasic& basic, CompiledStatement& statement, const Scalar& value);
+    // Calls of script functions (ScriptCalls.cpp).
+    static bool CallScript(COrvoBasic& basic, std::vector<ExprNode>& nodes, ExprNode& call, Scalar& out);
+    static bool StillScriptFunction(COrvoBasic& basic, ExprNode& call);
+    bool RunCalling(COrvoBasic& basic, CompiledStatement& statement);
+    bool TakeLogged(COrvoBasic& basic, CBasicVariable& result);
+    void DropLogged(int depth);
     bool Append(COrvoBasic& basic, CompiledStatement& statement, CBasicVariable* var);
     bool Store(COrvoBasic& basic, CompiledStatement& statement, CBasicVariable* var, int index, Scalar& value);
     bool Assign(COrvoBasic& basic, CompiledStatement& statement);
@@ -235,6 +278,27 @@ private:
     std::vector<TokenState> m_knownTokens;
     static void ApplyKnownToken(COrvoBasic& basic, const TokenState& token);
     CBasicVariable m_value;   // the computed value, stored as the text path stores its result
+    // The calls of script functions that statements being evaluated have
+    // run, innermost statement last. When a statement falls back to the
+    // text path after a call ran, its calls stay here for the text path to
+    // take instead of running them again.
+    struct LoggedCall {
+        uint32_t position = 0;   // where the call's name starts
+        int depth = 0;           // the call depth of the statement
+        bool replayable = false;
+        CBasicVariable value;
+        // What the function's return left (recorded for the last call of a
+        // statement that falls back; an earlier call's is overwritten by
+        // the reading of the next call's name before anything sees it).
+        TokenState atReturn;
+        CString functionName;
+        int functionPosition = 0;
+        const CFuncDesc* functionDesc = nullptr;
+        uint64_t functionEpoch = 0;
+        bool halted = false;
+    };
+    std::vector<LoggedCall> m_calls;
+    size_t m_replayable = 0;
 };
 
 // Parses one statement into its compiled form with the interpreter's own
@@ -264,6 +328,7 @@ private:
     uint32_t Primary();
     uint32_t Subscript();
     uint32_t Call();
+    uint32_t ScriptCall();
     uint32_t Literal();
     uint32_t Add(ExprNode node);
     void Enter();
@@ -272,6 +337,8 @@ private:
     COrvoBasic& m_basic;
     CompiledStatement* m_out = nullptr;
     int m_depth = 0;
+    bool m_scriptCalls = false;   // calls of script functions may be compiled
+    int m_exposedReads = 0;       // variables read since the last script call's arguments
 };
 
 }  // namespace ob

@@ -41,6 +41,7 @@ void SetNumber(Scalar& out, double number, Scalar::Kind kind = Scalar::Kind::Dou
 // A stored value read in place; false for what the compiled form does not
 // handle (unset values, truth values, objects).
 bool Read(const CVarBase& item, Scalar& out) {
+    out.plain = item.GetFieldName().empty() && !item.HasStringBuffer();
     switch (item.GetVarType()) {
     case VT_R8: SetNumber(out, item.GetDoubleValue()); return true;
     case VT_I4: SetNumber(out, item.GetDoubleValue(), Scalar::Kind::Integer); return true;
@@ -189,6 +190,7 @@ bool CompiledStatements::EvaluateValue(COrvoBasic& basic, std::vector<ExprNode>&
                Combine(basic, node, out, right);
     }
     case NodeKind::Call: return CallBuiltIn(basic, nodes, node, out);
+    case NodeKind::ScriptCall: return CallScript(basic, nodes, node, out);
     }
     return false;
 }
@@ -205,7 +207,11 @@ bool CompiledStatements::Store(COrvoBasic& basic, CompiledStatement& statement, 
         var->SetValue(m_value);
         break;
     case Scalar::Kind::Integer: m_value.SetValue(static_cast<int>(value.number)); var->SetValue(m_value); break;
-    case Scalar::Kind::Text: var->AssignText(*value.text); break;
+    case Scalar::Kind::Text:
+        // "s = s" stores what is there already (the text would be cleared
+        // before it is read); anything else is copied in.
+        if (value.text != &var->GetItem(index).StringRef()) var->AssignText(*value.text);
+        break;
     }
     if (statement.lastCall >= 0) NoteLastCall(basic, statement.nodes[static_cast<size_t>(statement.lastCall)]);
     return true;
@@ -223,16 +229,36 @@ void CompiledStatements::NoteLastCall(COrvoBasic& basic, const ExprNode& call) {
 bool CompiledStatements::AssignValue(COrvoBasic& basic, CompiledStatement& statement) {
     Scalar subscript, value;
     if (statement.indexed && !EvaluateValue(basic, statement.nodes, statement.subscript, subscript)) return false;
-    CBasicVariable* var = Find(basic, statement.target);
-    if (!var || var->HasChangeEvent()) return false;
-    if (statement.appends && var->GetNumItems() == 1 && var->GetCurrent().GetVarType() == VT_BSTR) {
+    // A call may make or remove the target: it is found after the value then.
+    CBasicVariable* var = statement.callsScript ? nullptr : Find(basic, statement.target);
+    if (var && statement.appends && var->GetNumItems() == 1 && var->GetCurrent().GetVarType() == VT_BSTR) {
         const ExprNode& plus = statement.nodes[statement.value];
         if (Find(basic, statement.nodes[plus.left].variable) == var) return Append(basic, statement, var);
     }
     if (!EvaluateValue(basic, statement.nodes, statement.value, value)) return false;
+    if (statement.lone && !value.plain) return false;
+    if (statement.callsScript) var = Find(basic, statement.target);
+    if (!var) return !statement.indexed && Create(basic, statement, value);
+    if (var->HasChangeEvent()) return false;
     int index = statement.indexed ? pf::TruncateToInt32(ToNumber(subscript)) : 0;
     if (statement.indexed ? (index < 0 || index >= var->GetNumItems()) : var->GetNumItems() != 1) return false;
     return Store(basic, statement, var, index, value);
+}
+
+// A target not defined yet: made as StoreAssignment makes it.
+bool CompiledStatements::Create(COrvoBasic& basic, CompiledStatement& statement, const Scalar& value) {
+    CBasicVariable made;
+    switch (value.kind) {
+    case Scalar::Kind::Double: made.SetValue(value.number); break;
+    case Scalar::Kind::Integer: made.SetValue(static_cast<int>(value.number)); break;
+    case Scalar::Kind::Text:
+        if (value.text->size() > kLongText) return false;
+        made.SetValue(*value.text);
+        break;
+    }
+    basic.CreateVariableAt(statement.target.name, made, 0);
+    if (statement.lastCall >= 0) NoteLastCall(basic, statement.nodes[static_cast<size_t>(statement.lastCall)]);
+    return true;
 }
 
 // "name = name + tail" with a text in `var`: the tail is appended where it

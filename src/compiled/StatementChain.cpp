@@ -94,7 +94,9 @@ bool CompiledStatements::RunStep(COrvoBasic& basic, Entry& entry, Row& row) {
     basic.m_stmtPos = basic.m_pos;
     if (basic.m_exprDepth == 0) basic.m_exprAbandoned = false;   // as at the start of every statement
     if (entry.assignment) {
-        if (!Assign(basic, *entry.assignment)) return false;
+        // A call of a script function runs statements of its own: the
+        // statement loop runs this one with the interpreter's state current.
+        if (entry.assignment->callsScript || !Assign(basic, *entry.assignment)) return false;
         Advance(basic, row, entry.assignment->afterLine, true);
         return true;
     }

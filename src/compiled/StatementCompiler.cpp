@@ -162,6 +162,7 @@ uint32_t StatementCompiler::Primary() {
         return node;
     }
     if (b.m_tokenType != VARIABLE) throw Failed{};
+    ++m_exposedReads;
     ExprNode node = MakeNode(NodeKind::Variable, 0, 0, 0, 0, 0);
     node.variable.position = b.m_pos - static_cast<uint32_t>(b.m_token.size());
     node.variable.name = b.m_token;
@@ -204,6 +205,7 @@ constexpr CompiledBuiltIn kCompiledBuiltIns[] = {
 // it: "(" arguments ")", the ")" put back and read again.
 uint32_t StatementCompiler::Call() {
     COrvoBasic& b = m_basic;
+    if (b.m_function == FT_USER && m_scriptCalls) return ScriptCall();
     const CompiledBuiltIn* builtIn = nullptr;
     for (const auto& candidate : kCompiledBuiltIns)
         if (candidate.type == b.m_function) builtIn = &candidate;
@@ -242,6 +244,57 @@ uint32_t StatementCompiler::Call() {
     call.left = args[0];
     call.right = args[1];
     call.third = args[2];
+    return at;
+}
+
+// A call of a script function, read as GetParamList reads it. Nothing read
+// before it may be read again after it (a variable the call could change):
+// only its own arguments read variables, and they hold no calls.
+uint32_t StatementCompiler::ScriptCall() {
+    COrvoBasic& b = m_basic;
+    if (m_exposedReads > 0 || b.m_capabilities != OB_CAP_ALL) throw Failed{};
+    CString lower = b.m_token;
+    lower.MakeLower();
+    const CFuncDesc* desc = b.FindFuncDesc(lower);
+    if (!desc || desc->type != FT_USER || desc->handler) throw Failed{};
+    ExprNode node;
+    node.kind = NodeKind::ScriptCall;
+    node.function = FT_USER;
+    node.desc = desc;
+    node.epoch = b.FunctionEpoch();
+    node.text = std::move(lower);
+    node.variable.position = b.m_pos - static_cast<uint32_t>(b.m_token.size());
+    node.site = std::make_unique<ScriptCallSite>();
+    uint32_t at = Add(std::move(node));
+    m_out->general = true;
+    m_out->callsScript = true;
+    Next();
+    if (b.m_token != u"(") throw Failed{};
+    Next();
+    std::vector<uint32_t> arguments;
+    bool empty = b.m_token == u")";
+    b.putback();
+    if (!empty) {
+        do {
+            if (arguments.size() == ScriptCallSite::kMaxArguments) throw Failed{};
+            arguments.push_back(Expression());
+            Next();
+        } while (b.m_token == u",");
+        if (b.m_token != u")") throw Failed{};
+        b.putback();
+    }
+    for (size_t i = at + 1; i < m_out->nodes.size(); ++i)
+        if (m_out->nodes[i].kind == NodeKind::Call || m_out->nodes[i].kind == NodeKind::ScriptCall) throw Failed{};
+    ScriptCallSite& site = *m_out->nodes[at].site;
+    site.arguments = std::move(arguments);
+    site.atCall = Save();
+    Next();
+    Next();
+    m_exposedReads = 0;
+    // The function leaves the current call and the pending subscript as its
+    // body left them; only what is read after it counts from here on.
+    m_out->lastCall = -1;
+    b.m_pendingIndex = kKeepPendingIndex;
     return at;
 }
 
@@ -299,6 +352,9 @@ std::unique_ptr<CompiledStatement> StatementCompiler::CompileAssignment() {
         COrvoBasic& b = m_basic;
         CompiledStatement* statement = &compiled;
         statement->kind = StatementKind::Assignment;
+        statement->start = Save();
+        statement->start.pendingIndex = 0;   // as reading the target left it
+        m_scriptCalls = true;
         statement->target.name = b.m_token;
         statement->target.position = b.m_pos - static_cast<uint32_t>(b.m_token.size());
         statement->indexed = b.CurChar() == u'[';
@@ -309,10 +365,13 @@ std::unique_ptr<CompiledStatement> StatementCompiler::CompileAssignment() {
         Next();
         if (b.m_token.empty() || b.m_token[0] != u'=') throw Failed{};
         statement->value = Expression();
-        // A lone variable (in parentheses or after "+" too) is copied with its
-        // own type; the compiled value is always a double.
+        // A lone variable (in parentheses or after "+" too) is copied whole:
+        // compiled as a value, stored only while it is the bare value.
         NodeKind root = statement->nodes[statement->value].kind;
-        if (root == NodeKind::Variable || root == NodeKind::Element) throw Failed{};
+        if (root == NodeKind::Variable || root == NodeKind::Element) {
+            statement->lone = true;
+            statement->general = true;
+        }
         const ExprNode& value = statement->nodes[statement->value];
         if (statement->general && !statement->indexed && value.kind == NodeKind::Binary && value.symbol == u'+' &&
             statement->nodes[value.left].kind == NodeKind::Variable) {

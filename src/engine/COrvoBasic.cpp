@@ -175,6 +175,7 @@ void COrvoBasic::ExecStatement() {
 void COrvoBasic::DispatchStatement(BASIC_TOKEN_TYPE type) {
     if (m_halted) return;
     if (m_exprDepth == 0) m_exprAbandoned = false;
+    if (m_compiled) m_compiled->StartStatement(m_callDepth);
     size_t operandMark = m_operands.size();   // a statement's operands die with it
     switch (type) {
     case VARIABLE:

@@ -10,6 +10,8 @@
 // OB_E_MEMORY_LIMIT before it has the memory, not after.
 #include <orvobasic/COrvoBasic.h>
 
+#include <memory>
+
 #include <new>
 
 using namespace ob;
@@ -55,13 +57,38 @@ bool COrvoBasic::LongOperationAllowed(uint64_t bytes, uint64_t work) {
     return true;
 }
 
+namespace {
+
+int64_t EntryBytes(const CString& key) {
+    return static_cast<int64_t>((key.capacity() + 1) * sizeof(char16_t)) + kEntryOverhead;
+}
+
+}  // namespace
+
 // Puts a new variable into the store, counted on the meter with its name.
 void COrvoBasic::AdoptVariable(const CString& key, std::unique_ptr<CBasicVariable> variable) {
-    int64_t keyBytes = static_cast<int64_t>((key.capacity() + 1) * sizeof(char16_t)) + kEntryOverhead;
-    variable->AttachMeter(&m_meter, keyBytes);
+    AdoptVariable(key, std::move(variable), BindingFor(key));
+}
+
+void COrvoBasic::AdoptVariable(const CString& key, std::unique_ptr<CBasicVariable> variable, Binding& binding) {
+    variable->AttachMeter(&m_meter, EntryBytes(key));
     std::unique_ptr<CBasicVariable>& slot = m_variables[key];
     slot = std::move(variable);
-    BindingFor(key).variable = slot.get();
+    binding.variable = slot.get();
+}
+
+// AdoptVariable of a copy of `value` into the spare entry of `binding`: the
+// variable there is made anew in place, so that it is charged and holds
+// exactly what a new one would.
+void COrvoBasic::ReviveVariable(const CString& key, const CBasicVariable& value, Binding& binding) {
+    VariableMap::node_type node = std::move(binding.spare);
+    CBasicVariable* variable = node.mapped().get();
+    std::destroy_at(variable);
+    std::construct_at(variable, value);
+    variable->AttachMeter(&m_meter, EntryBytes(key));
+    auto placed = m_variables.insert(std::move(node));
+    if (!placed.inserted) placed.position->second = std::move(placed.node.mapped());   // replaces, as adopting does
+    binding.variable = placed.position->second.get();
 }
 
 // The run ends as a budget ends it. Whatever the failed allocation was for

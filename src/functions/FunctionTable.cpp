@@ -1,6 +1,8 @@
 // The table of callable names, the argument-list readers and the dispatch of
 // a call to its family handler.
 #include <orvobasic/COrvoBasic.h>
+
+#include "compiled/CompiledStatements.h"
 #include "engine/Registry.h"
 #include "functions/ArgListScope.h"
 
@@ -221,6 +223,11 @@ int COrvoBasic::GetParamGroup(CArgArray& args) {
 }
 
 bool COrvoBasic::ExecFunction(CBasicVariable& result) {
+    if (m_compiled && m_compiled->TakeLoggedCall(*this, result)) {
+        get_token();   // the ")" the argument list ends with
+        if (m_token != u")") ReportError(22);
+        return true;
+    }
     FUNCTION_TYPE type = m_function;
     CString name = m_curFuncName;
     CallTarget target = CurrentCallTarget();

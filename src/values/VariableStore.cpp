@@ -8,6 +8,7 @@
 #include "platform/NumberFormat.h"
 
 #include <cmath>
+#include <memory>
 
 using namespace ob;
 
@@ -68,7 +69,12 @@ bool COrvoBasic::UndefineLocal(uint32_t position, const CString& lowerName) {
     }
     Binding& binding = LocalBinding(*facts.result);
     if (!binding.variable) return false;
-    m_variables.erase(*binding.key);
+    // Removed as erasing would remove it: the value and its charge go now.
+    VariableMap::node_type node = m_variables.extract(*binding.key);
+    CBasicVariable* variable = node.mapped().get();
+    std::destroy_at(variable);
+    std::construct_at(variable);
+    binding.spare = std::move(node);
     binding.variable = nullptr;
     return true;
 }
@@ -155,7 +161,9 @@ void COrvoBasic::CreateVariableAt(const CString& name, const CBasicVariable& val
     }
     CString key = name;
     AddScopeLevelExtension(key);
-    AdoptVariable(key, std::make_unique<CBasicVariable>(value));
+    Binding& binding = BindingFor(key);
+    if (binding.spare) ReviveVariable(key, value, binding);
+    else AdoptVariable(key, std::make_unique<CBasicVariable>(value), binding);
 }
 
 bool COrvoBasic::CopyVariable(const CString& name, const CBasicVariable& value, bool global) {

@@ -1,5 +1,6 @@
 """Random programs for the differential test: numbers, strings, arrays,
-calls, loops, conditions and deliberate errors (names never defined,
+calls (with effects, text results, errors inside and the end of the run),
+loops, conditions and deliberate errors (names never defined,
 subscripts out of range, strings where numbers are expected, malformed
 lines), small enough to run in milliseconds."""
 
@@ -27,7 +28,8 @@ def operand(rng, depth, names):
     if roll < 0.76:
         return rng.choice(UNDEFINED + STRINGS + ["True", "v"])
     if roll < 0.84:
-        return f"twice({expression(rng, depth + 1, names)})"
+        function = rng.choice(["twice", "twice", "noisy", "texty", "broken", "noval"])
+        return f"{function}({expression(rng, depth + 1, names)})"
     if roll < 0.88:
         return f"len({rng.choice(STRINGS)})"
     return f"({expression(rng, depth + 1, names)})"
@@ -141,14 +143,22 @@ def block(rng, depth, lines, indent=""):
             lines.append(indent + "print " + rng.choice(["; ", ", "]).join(items))
         else:
             lines.append(indent + rng.choice(["call show(a)", "a = twice(b) + 1", "b = twice(s)",
-                                              "if a then", "k = k + 1 # note"]))
+                                              "if a then", "k = k + 1 # note", "a = noisy(1) + twice()",
+                                              "k = noisy(k) + noisy(2, 3)", "c = noisy(1) + quit(1) + noisy(2)"]))
 
 
 def generate(rng):
-    lines = ["a = 1", "b = 2", "c = 0", "i = 0", "k = 3", 's = "hello"', 't = ""',
+    lines = ["global n", "n = 0", "a = 1", "b = 2", "c = 0", "i = 0", "k = 3", 's = "hello"', 't = ""',
              "u = t", "dim v[6]", "dim w[3]", "v[0] = 5", "w[1] = 2"]
     block(rng, 0, lines)
-    lines.append('print "end"; a; b; c; i; k; s; t; u; v[0]; v[1]; w[1]')
+    lines.append('print "end"; a; b; c; i; k; s; t; u; v[0]; v[1]; w[1]; n')
     lines += ["end", "function twice(x)", "  if x > 1000000 then", "    twice = 0", "  else",
               "    twice = x * 2", "  endif", "endfunction", "sub show(p)", "  print p", "endsub"]
+    # calls with effects that must happen once, a text result, an error
+    # inside, no value, and the end of the run inside a call
+    lines += ["function noisy(x)", "  n = n + 1", '  print "noisy"; n', "  noisy = x + n", "endfunction",
+              "function texty(x)", '  texty = "t" + x', "endfunction",
+              "function broken(x)", "  broken = x + zz", "endfunction",
+              "function noval(x)", '  print "noval"', "endfunction",
+              "function quit(x)", '  print "quit"', "  end", "endfunction"]
     return "\n".join(lines) + "\n"

@@ -1,0 +1,167 @@
+// Calls of script functions inside compiled assignments.
+//
+// The arguments are computed compiled; the function then runs exactly as
+// the text path runs it (ExecScriptFunction, with the cursor and the token
+// as the text path has them on entering it). A call cannot be taken back:
+// when the statement has to go to the text path after a call ran (a value
+// the compiled form does not handle, an error or the end of the run inside
+// the function), the calls that ran are kept, and the text path, reading the
+// statement again from its start, takes each of them from here instead of
+// running it a second time. Nothing read before a call is read again after
+// it (the compiler allows variables before a call only inside its own
+// arguments, which the text path then skips), so the text path arrives at
+// each call in the same state and leaves it in the same state.
+#include "compiled/CompiledStatements.h"
+
+#include "functions/ArgListScope.h"
+
+#include <utility>
+
+using namespace ob;
+
+namespace {
+
+void SetArgument(CBasicVariable& argument, const Scalar& value) {
+    switch (value.kind) {
+    case Scalar::Kind::Double: argument.SetValue(value.number); break;
+    case Scalar::Kind::Integer: argument.SetValue(static_cast<int>(value.number)); break;
+    case Scalar::Kind::Text: argument.SetValue(*value.text); break;
+    }
+}
+
+bool IsLone(const ExprNode& node) { return node.kind == NodeKind::Variable || node.kind == NodeKind::Element; }
+
+}  // namespace
+
+// The name still finds the script function it was compiled against, and
+// nothing (a sandbox, budgets, a line hook) asks for the text path's checks.
+bool CompiledStatements::StillScriptFunction(COrvoBasic& basic, ExprNode& call) {
+    uint64_t epoch = basic.FunctionEpoch();
+    if (epoch != call.epoch) {
+        const CFuncDesc* desc = basic.FindFuncDesc(call.text);
+        if (!desc || desc->type != FT_USER || desc->handler) return false;
+        call.desc = desc;
+        call.epoch = epoch;
+    }
+    return basic.m_capabilities == OB_CAP_ALL && !basic.m_controlActive;
+}
+
+// ExecFunction for a script function. False when the statement must go to
+// the text path: before the call with nothing done, after it with the call
+// logged.
+bool CompiledStatements::CallScript(COrvoBasic& basic, std::vector<ExprNode>& nodes, ExprNode& call, Scalar& out) {
+    if (!StillScriptFunction(basic, call)) return false;
+    const ScriptCallSite& site = *call.site;
+    size_t count = site.arguments.size();
+    Scalar values[ScriptCallSite::kMaxArguments];
+    for (size_t i = 0; i < count; ++i) {
+        uint32_t at = site.arguments[i];
+        if (!EvaluateValue(basic, nodes, at, values[i])) return false;
+        if (IsLone(nodes[at]) && !values[i].plain) return false;   // the text path passes the whole variable
+    }
+    size_t bufferMark = basic.m_argBuffers;
+    ArgListScope scope(basic);
+    CArgArray& args = scope.Args();
+    args.resize(count);
+    for (size_t i = 0; i < count; ++i) SetArgument(args[i], values[i]);
+    // As reading the call's name and arguments leaves the interpreter.
+    Restore(basic, site.atCall);
+    basic.m_function = FT_USER;
+    basic.m_curFuncName = call.desc->name;
+    basic.m_curFuncPos = call.desc->bodyPosition;
+    basic.m_curFuncDesc = call.desc;
+    basic.m_curFuncEpoch = call.epoch;
+    CBasicVariable value;
+    bool ok = basic.ExecScriptFunction(*call.desc, call.desc->name, value, args, false);
+    basic.m_argBuffers = bufferMark;
+    std::vector<LoggedCall>& calls = basic.m_compiled->m_calls;
+    calls.emplace_back();
+    LoggedCall& logged = calls.back();
+    logged.position = call.variable.position;
+    logged.depth = basic.m_callDepth;
+    logged.atReturn.position = site.atCall.position;
+    logged.value = std::move(value);
+    if (!ok || basic.m_halted || logged.value.GetNumItems() != 1) return false;
+    const CVarBase& item = logged.value.GetCurrent();
+    if (!item.GetFieldName().empty() || item.HasStringBuffer()) return false;
+    switch (item.GetVarType()) {
+    case VT_R8: out.kind = Scalar::Kind::Double; break;
+    case VT_I4: out.kind = Scalar::Kind::Integer; break;
+    default: return false;
+    }
+    out.number = item.GetDoubleValue();
+    out.plain = true;
+    return true;
+}
+
+// An assignment with calls of script functions: true when it ran compiled;
+// false when the text path must run it, with the calls that ran (if any)
+// kept for it and the cursor back behind the target's name.
+bool CompiledStatements::RunCalling(COrvoBasic& basic, CompiledStatement& statement) {
+    int depth = basic.m_callDepth;
+    DropLogged(depth);
+    size_t mark = m_calls.size();
+    BASIC_TOKEN_TYPE previous = basic.m_prevTokenType;
+    if (Assign(basic, statement)) {
+        m_calls.resize(mark);
+        return true;
+    }
+    if (m_calls.size() == mark) return false;
+    LoggedCall& last = m_calls.back();
+    last.atReturn = TokenState{basic.m_pos,     basic.m_token,   basic.m_tokenType,    basic.m_prevTokenType,
+                               basic.m_command, basic.m_keyword, basic.m_pendingIndex, basic.m_function};
+    last.functionName = basic.m_curFuncName;
+    last.functionPosition = basic.m_curFuncPos;
+    last.functionDesc = basic.m_curFuncDesc;
+    last.functionEpoch = basic.m_curFuncEpoch;
+    last.halted = basic.m_halted;
+    for (size_t i = mark; i < m_calls.size(); ++i) {
+        LoggedCall& call = m_calls[i];
+        if (&call != &last) {
+            // Overwritten on the text path before anything reads it.
+            call.atReturn.type = TOKEN_NONE;
+            call.atReturn.pendingIndex = kKeepPendingIndex;
+        }
+        call.replayable = true;
+        ++m_replayable;
+    }
+    // The text path reads the statement again, with the run going on until
+    // it arrives where a call ended it.
+    basic.m_halted = false;
+    basic.m_exprAbandoned = false;
+    Restore(basic, statement.start);
+    basic.m_prevTokenType = previous;
+    return false;
+}
+
+bool CompiledStatements::TakeLogged(COrvoBasic& basic, CBasicVariable& result) {
+    uint32_t position = basic.m_pos - static_cast<uint32_t>(basic.m_token.size());
+    int depth = basic.m_callDepth;
+    for (auto it = m_calls.rbegin(); it != m_calls.rend() && it->depth >= depth; ++it) {
+        LoggedCall& call = *it;
+        if (!call.replayable || call.depth != depth || call.position != position) continue;
+        call.replayable = false;
+        --m_replayable;
+        result = call.value;
+        // The function has returned: the cursor is back at the ")" of the
+        // argument list, the token what the function's body read last.
+        Restore(basic, call.atReturn);
+        basic.m_prevTokenType = call.atReturn.previousType;
+        basic.m_function = call.atReturn.function;
+        basic.m_curFuncName = call.functionName;
+        basic.m_curFuncPos = call.functionPosition;
+        basic.m_curFuncDesc = call.functionDesc;
+        basic.m_curFuncEpoch = call.functionEpoch;
+        basic.m_halted = call.halted;
+        basic.m_exprAbandoned = call.halted;
+        return true;
+    }
+    return false;
+}
+
+void CompiledStatements::DropLogged(int depth) {
+    while (!m_calls.empty() && m_calls.back().depth >= depth) {
+        if (m_calls.back().replayable) --m_replayable;
+        m_calls.pop_back();
+    }
+}
