@@ -725,6 +725,7 @@ private:
         // function starts; its entry waits here, emptied, to be put back
         // when the value is set again instead of being made anew.
         VariableMap::node_type spare;
+        int64_t createdBytes = 0;   // what CreateVariableAt charged for the name (0: not yet)
     };
     // A lower-cased name and its local binding at each scope level, made the
     // first time a level looks it up.
@@ -758,6 +759,9 @@ private:
     Binding& BindingFor(const CString& key);
     void AdoptVariable(const CString& key, std::unique_ptr<CBasicVariable> variable, Binding& binding);
     void ReviveVariable(const CString& key, const CBasicVariable& value, Binding& binding);
+    void PlaceSpare(Binding& binding, int64_t entryBytes);
+    // What a variable's entry under `key` is charged besides its values.
+    static int64_t EntryBytes(const CString& key);
     Binding& LocalBinding(Symbol& symbol);
     void Unbind(const CString& key);
     const CString& LevelSuffix(unsigned level);

@@ -37,6 +37,7 @@ bool ob::CompiledEngineWanted() {
 
 void CompiledStatements::Clear() {
     m_calls.clear();
+    m_callCount = 0;
     m_replayable = 0;
     m_index.clear();
     m_entries.clear();

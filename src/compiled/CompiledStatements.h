@@ -104,6 +104,9 @@ struct Scalar {
     }
 };
 
+// Sets `target` (a variable of one value) to `value`.
+void StoreScalar(CBasicVariable& target, const Scalar& value);
+
 // TokenState::pendingIndex when the statement reads no variable token and so
 // leaves the pending subscript as it was.
 constexpr int kKeepPendingIndex = -0x5eed;
@@ -191,7 +194,7 @@ public:
     // The text path starts a statement at call depth `depth`: calls logged
     // by statements at that depth or deeper are done with.
     void StartStatement(int depth) {
-        if (!m_calls.empty()) DropLogged(depth);
+        if (m_callCount > 0) DropLogged(depth);
     }
     // The text changed: every compiled form is void.
     void Clear();
@@ -286,6 +289,9 @@ private:
         uint32_t position = 0;   // where the call's name starts
         int depth = 0;           // the call depth of the statement
         bool replayable = false;
+        // The value: a bare number (as `result` below), else `value`.
+        bool numeric = false;
+        Scalar result;
         CBasicVariable value;
         // What the function's return left (recorded for the last call of a
         // statement that falls back; an earlier call's is overwritten by
@@ -297,8 +303,11 @@ private:
         uint64_t functionEpoch = 0;
         bool halted = false;
     };
+    // Entries from m_callCount on are unused, kept to be used again.
     std::vector<LoggedCall> m_calls;
+    size_t m_callCount = 0;
     size_t m_replayable = 0;
+    LoggedCall& Log(uint32_t position, int depth, uint32_t returnPosition);
 };
 
 // Parses one statement into its compiled form with the interpreter's own

@@ -245,18 +245,28 @@ bool CompiledStatements::AssignValue(COrvoBasic& basic, CompiledStatement& state
     return Store(basic, statement, var, index, value);
 }
 
-// A target not defined yet: made as StoreAssignment makes it.
-bool CompiledStatements::Create(COrvoBasic& basic, CompiledStatement& statement, const Scalar& value) {
-    CBasicVariable made;
+void ob::StoreScalar(CBasicVariable& target, const Scalar& value) {
     switch (value.kind) {
-    case Scalar::Kind::Double: made.SetValue(value.number); break;
-    case Scalar::Kind::Integer: made.SetValue(static_cast<int>(value.number)); break;
-    case Scalar::Kind::Text:
-        if (value.text->size() > kLongText) return false;
-        made.SetValue(*value.text);
-        break;
+    case Scalar::Kind::Double: target.SetValue(value.number); break;
+    case Scalar::Kind::Integer: target.SetValue(static_cast<int>(value.number)); break;
+    case Scalar::Kind::Text: target.SetValue(*value.text); break;
     }
-    basic.CreateVariableAt(statement.target.name, made, 0);
+}
+
+// A target not defined yet: made as StoreAssignment makes it. A function's
+// value, set again at every call, goes back into the entry it had (a new
+// variable there, as UndefineLocal left it).
+bool CompiledStatements::Create(COrvoBasic& basic, CompiledStatement& statement, const Scalar& value) {
+    if (value.IsText() && value.text->size() > kLongText) return false;
+    auto* binding = static_cast<COrvoBasic::Binding*>(statement.target.levelBinding);   // set by Find
+    if (binding && statement.target.level == basic.m_scopeLevel && binding->spare && binding->createdBytes) {
+        StoreScalar(*binding->spare.mapped(), value);
+        basic.PlaceSpare(*binding, binding->createdBytes);
+    } else {
+        CBasicVariable made;
+        StoreScalar(made, value);
+        basic.CreateVariableAt(statement.target.name, made, 0);
+    }
     if (statement.lastCall >= 0) NoteLastCall(basic, statement.nodes[static_cast<size_t>(statement.lastCall)]);
     return true;
 }

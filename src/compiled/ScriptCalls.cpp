@@ -21,14 +21,6 @@ using namespace ob;
 
 namespace {
 
-void SetArgument(CBasicVariable& argument, const Scalar& value) {
-    switch (value.kind) {
-    case Scalar::Kind::Double: argument.SetValue(value.number); break;
-    case Scalar::Kind::Integer: argument.SetValue(static_cast<int>(value.number)); break;
-    case Scalar::Kind::Text: argument.SetValue(*value.text); break;
-    }
-}
-
 bool IsLone(const ExprNode& node) { return node.kind == NodeKind::Variable || node.kind == NodeKind::Element; }
 
 }  // namespace
@@ -63,7 +55,7 @@ bool CompiledStatements::CallScript(COrvoBasic& basic, std::vector<ExprNode>& no
     ArgListScope scope(basic);
     CArgArray& args = scope.Args();
     args.resize(count);
-    for (size_t i = 0; i < count; ++i) SetArgument(args[i], values[i]);
+    for (size_t i = 0; i < count; ++i) StoreScalar(args[i], values[i]);
     // As reading the call's name and arguments leaves the interpreter.
     Restore(basic, site.atCall);
     basic.m_function = FT_USER;
@@ -74,24 +66,32 @@ bool CompiledStatements::CallScript(COrvoBasic& basic, std::vector<ExprNode>& no
     CBasicVariable value;
     bool ok = basic.ExecScriptFunction(*call.desc, call.desc->name, value, args, false);
     basic.m_argBuffers = bufferMark;
-    std::vector<LoggedCall>& calls = basic.m_compiled->m_calls;
-    calls.emplace_back();
-    LoggedCall& logged = calls.back();
-    logged.position = call.variable.position;
-    logged.depth = basic.m_callDepth;
-    logged.atReturn.position = site.atCall.position;
-    logged.value = std::move(value);
-    if (!ok || basic.m_halted || logged.value.GetNumItems() != 1) return false;
-    const CVarBase& item = logged.value.GetCurrent();
-    if (!item.GetFieldName().empty() || item.HasStringBuffer()) return false;
-    switch (item.GetVarType()) {
-    case VT_R8: out.kind = Scalar::Kind::Double; break;
-    case VT_I4: out.kind = Scalar::Kind::Integer; break;
-    default: return false;
+    LoggedCall& logged = basic.m_compiled->Log(call.variable.position, basic.m_callDepth, site.atCall.position);
+    logged.numeric = false;
+    if (ok && !basic.m_halted && value.GetNumItems() == 1) {
+        const CVarBase& item = value.GetCurrent();
+        VARTYPE type = item.GetVarType();
+        if ((type == VT_R8 || type == VT_I4) && item.GetFieldName().empty() && !item.HasStringBuffer()) {
+            out.kind = type == VT_R8 ? Scalar::Kind::Double : Scalar::Kind::Integer;
+            out.number = item.GetDoubleValue();
+            out.plain = true;
+            logged.numeric = true;
+            logged.result = out;
+            return true;
+        }
     }
-    out.number = item.GetDoubleValue();
-    out.plain = true;
-    return true;
+    logged.value = value;
+    return false;
+}
+
+CompiledStatements::LoggedCall& CompiledStatements::Log(uint32_t position, int depth, uint32_t returnPosition) {
+    if (m_callCount == m_calls.size()) m_calls.emplace_back();
+    LoggedCall& logged = m_calls[m_callCount++];
+    logged.position = position;
+    logged.depth = depth;
+    logged.replayable = false;
+    logged.atReturn.position = returnPosition;
+    return logged;
 }
 
 // An assignment with calls of script functions: true when it ran compiled;
@@ -100,14 +100,15 @@ bool CompiledStatements::CallScript(COrvoBasic& basic, std::vector<ExprNode>& no
 bool CompiledStatements::RunCalling(COrvoBasic& basic, CompiledStatement& statement) {
     int depth = basic.m_callDepth;
     DropLogged(depth);
-    size_t mark = m_calls.size();
+    size_t mark = m_callCount;
     BASIC_TOKEN_TYPE previous = basic.m_prevTokenType;
     if (Assign(basic, statement)) {
-        m_calls.resize(mark);
+        // Its calls, and what statements inside them left, are done with.
+        DropLogged(depth);
         return true;
     }
-    if (m_calls.size() == mark) return false;
-    LoggedCall& last = m_calls.back();
+    if (m_callCount == mark) return false;
+    LoggedCall& last = m_calls[m_callCount - 1];
     last.atReturn = TokenState{basic.m_pos,     basic.m_token,   basic.m_tokenType,    basic.m_prevTokenType,
                                basic.m_command, basic.m_keyword, basic.m_pendingIndex, basic.m_function};
     last.functionName = basic.m_curFuncName;
@@ -115,7 +116,7 @@ bool CompiledStatements::RunCalling(COrvoBasic& basic, CompiledStatement& statem
     last.functionDesc = basic.m_curFuncDesc;
     last.functionEpoch = basic.m_curFuncEpoch;
     last.halted = basic.m_halted;
-    for (size_t i = mark; i < m_calls.size(); ++i) {
+    for (size_t i = mark; i < m_callCount; ++i) {
         LoggedCall& call = m_calls[i];
         if (&call != &last) {
             // Overwritten on the text path before anything reads it.
@@ -137,12 +138,19 @@ bool CompiledStatements::RunCalling(COrvoBasic& basic, CompiledStatement& statem
 bool CompiledStatements::TakeLogged(COrvoBasic& basic, CBasicVariable& result) {
     uint32_t position = basic.m_pos - static_cast<uint32_t>(basic.m_token.size());
     int depth = basic.m_callDepth;
-    for (auto it = m_calls.rbegin(); it != m_calls.rend() && it->depth >= depth; ++it) {
-        LoggedCall& call = *it;
+    for (size_t i = m_callCount; i > 0 && m_calls[i - 1].depth >= depth; --i) {
+        LoggedCall& call = m_calls[i - 1];
         if (!call.replayable || call.depth != depth || call.position != position) continue;
         call.replayable = false;
         --m_replayable;
-        result = call.value;
+        if (call.numeric) {
+            CBasicVariable number;
+            StoreScalar(number, call.result);
+            result = number;
+        } else {
+            result = call.value;
+            call.value = CBasicVariable();   // what it holds is the text path's now
+        }
         // The function has returned: the cursor is back at the ")" of the
         // argument list, the token what the function's body read last.
         Restore(basic, call.atReturn);
@@ -160,8 +168,8 @@ bool CompiledStatements::TakeLogged(COrvoBasic& basic, CBasicVariable& result) {
 }
 
 void CompiledStatements::DropLogged(int depth) {
-    while (!m_calls.empty() && m_calls.back().depth >= depth) {
-        if (m_calls.back().replayable) --m_replayable;
-        m_calls.pop_back();
+    while (m_callCount > 0 && m_calls[m_callCount - 1].depth >= depth) {
+        if (m_calls[m_callCount - 1].replayable) --m_replayable;
+        --m_callCount;
     }
 }

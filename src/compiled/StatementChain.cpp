@@ -62,8 +62,9 @@ bool CompiledStatements::RunStatementAt(COrvoBasic& basic, bool tokens) {
     bool ran = false;
     for (;;) {
         uint32_t start = basic.m_pos;
+        // The statement loops look at a stop after every statement.
         if (row.ended || start >= m_entries.size() || m_entries[start] == 0 || m_entries[start] == kSeenOnce ||
-            basic.m_halted)
+            basic.m_halted || (ran && basic.m_stop))
             break;
         Entry& entry = m_entryList[m_entries[start] - 1];
         if (!entry.assignment && entry.token.type == DELIMITER) {   // a line end: nothing to check or run

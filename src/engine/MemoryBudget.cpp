@@ -57,13 +57,9 @@ bool COrvoBasic::LongOperationAllowed(uint64_t bytes, uint64_t work) {
     return true;
 }
 
-namespace {
-
-int64_t EntryBytes(const CString& key) {
+int64_t COrvoBasic::EntryBytes(const CString& key) {
     return static_cast<int64_t>((key.capacity() + 1) * sizeof(char16_t)) + kEntryOverhead;
 }
-
-}  // namespace
 
 // Puts a new variable into the store, counted on the meter with its name.
 void COrvoBasic::AdoptVariable(const CString& key, std::unique_ptr<CBasicVariable> variable) {
@@ -81,11 +77,17 @@ void COrvoBasic::AdoptVariable(const CString& key, std::unique_ptr<CBasicVariabl
 // variable there is made anew in place, so that it is charged and holds
 // exactly what a new one would.
 void COrvoBasic::ReviveVariable(const CString& key, const CBasicVariable& value, Binding& binding) {
-    VariableMap::node_type node = std::move(binding.spare);
-    CBasicVariable* variable = node.mapped().get();
+    CBasicVariable* variable = binding.spare.mapped().get();
     std::destroy_at(variable);
     std::construct_at(variable, value);
-    variable->AttachMeter(&m_meter, EntryBytes(key));
+    PlaceSpare(binding, EntryBytes(key));
+}
+
+// Puts the spare entry of `binding`, its variable holding its new value,
+// back into the store.
+void COrvoBasic::PlaceSpare(Binding& binding, int64_t entryBytes) {
+    VariableMap::node_type node = std::move(binding.spare);
+    node.mapped()->AttachMeter(&m_meter, entryBytes);
     auto placed = m_variables.insert(std::move(node));
     if (!placed.inserted) placed.position->second = std::move(placed.node.mapped());   // replaces, as adopting does
     binding.variable = placed.position->second.get();

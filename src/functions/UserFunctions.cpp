@@ -83,9 +83,13 @@ bool COrvoBasic::RunFunctionBody() {
     FindEOL();
     for (;;) {
         m_stmtPos = m_pos;
-        if (m_compiled && m_compiled->RunStatementAt(*this, false)) continue;
+        if (m_compiled && m_compiled->RunStatementAt(*this, false)) {
+            if (m_stop) return false;
+            continue;
+        }
         uint32_t before = m_pos;
         BASIC_TOKEN_TYPE type = get_token();
+        if (m_compiled) m_compiled->NoteStatementToken(*this, m_stmtPos);
         if (m_command == CMD_ENDFUNCTION || m_command == CMD_ENDSUB || m_command == CMD_RETURN) return true;
         if (m_command == CMD_FINISHED) {
             ReportError(20);

@@ -164,6 +164,7 @@ void COrvoBasic::CreateVariableAt(const CString& name, const CBasicVariable& val
     Binding& binding = BindingFor(key);
     if (binding.spare) ReviveVariable(key, value, binding);
     else AdoptVariable(key, std::make_unique<CBasicVariable>(value), binding);
+    binding.createdBytes = EntryBytes(key);
 }
 
 bool COrvoBasic::CopyVariable(const CString& name, const CBasicVariable& value, bool global) {
