@@ -36,8 +36,10 @@ class Desktop;
 namespace ob {
 
 // Hash for CString keys in the interpreter's tables.
+// Not noexcept on purpose: the standard tables then keep each key's hash
+// beside it, so that removing an entry or growing a table hashes no key again.
 struct CStringHash {
-    size_t operator()(const CString& s) const noexcept {
+    size_t operator()(const CString& s) const {
         return std::hash<std::u16string_view>()(std::u16string_view(s));
     }
 };

@@ -270,6 +270,7 @@ private:
     static void Leave(COrvoBasic& basic, Row& row);
     bool RunStep(COrvoBasic& basic, Entry& entry, Row& row);
     bool RunWord(COrvoBasic& basic, Entry& entry, Row& row);
+    bool RunCallingStep(COrvoBasic& basic, CompiledStatement& statement, Row& row);
     bool RunCondition(COrvoBasic& basic, Entry& entry, Row& row, StatementKind kind);
     bool SkipBlock(COrvoBasic& basic, Entry& entry, Row& row, COMMAND_TYPE open, COMMAND_TYPE close,
                    COMMAND_TYPE stop, bool elseEnds);
@@ -306,6 +307,12 @@ private:
     // Entries from m_callCount on are unused, kept to be used again.
     std::vector<LoggedCall> m_calls;
     size_t m_callCount = 0;
+    struct CallFrame {
+        CArgArray args;
+        CBasicVariable result;
+    };
+    std::vector<std::unique_ptr<CallFrame>> m_frames;
+    CallFrame& FrameAt(int depth);
     size_t m_replayable = 0;
     LoggedCall& Log(uint32_t position, int depth, uint32_t returnPosition);
 };

@@ -13,8 +13,6 @@
 // each call in the same state and leaves it in the same state.
 #include "compiled/CompiledStatements.h"
 
-#include "functions/ArgListScope.h"
-
 #include <utility>
 
 using namespace ob;
@@ -52,9 +50,9 @@ bool CompiledStatements::CallScript(COrvoBasic& basic, std::vector<ExprNode>& no
         if (IsLone(nodes[at]) && !values[i].plain) return false;   // the text path passes the whole variable
     }
     size_t bufferMark = basic.m_argBuffers;
-    ArgListScope scope(basic);
-    CArgArray& args = scope.Args();
-    args.resize(count);
+    CallFrame& frame = basic.m_compiled->FrameAt(basic.m_callDepth);
+    CArgArray& args = frame.args;
+    if (args.size() != count) args.resize(count);
     for (size_t i = 0; i < count; ++i) StoreScalar(args[i], values[i]);
     // As reading the call's name and arguments leaves the interpreter.
     Restore(basic, site.atCall);
@@ -63,7 +61,7 @@ bool CompiledStatements::CallScript(COrvoBasic& basic, std::vector<ExprNode>& no
     basic.m_curFuncPos = call.desc->bodyPosition;
     basic.m_curFuncDesc = call.desc;
     basic.m_curFuncEpoch = call.epoch;
-    CBasicVariable value;
+    CBasicVariable& value = frame.result;
     bool ok = basic.ExecScriptFunction(*call.desc, call.desc->name, value, args, false);
     basic.m_argBuffers = bufferMark;
     LoggedCall& logged = basic.m_compiled->Log(call.variable.position, basic.m_callDepth, site.atCall.position);
@@ -80,8 +78,18 @@ bool CompiledStatements::CallScript(COrvoBasic& basic, std::vector<ExprNode>& no
             return true;
         }
     }
-    logged.value = value;
+    // A call that failed leaves the text path's value as it was made: new.
+    logged.value = ok ? value : CBasicVariable();
     return false;
+}
+
+// The arguments and value of calls made at call depth `depth`, kept from
+// call to call: they only ever hold one number or text, which each call
+// sets, and the value is set by every call that succeeds.
+CompiledStatements::CallFrame& CompiledStatements::FrameAt(int depth) {
+    auto index = static_cast<size_t>(depth);
+    while (m_frames.size() <= index) m_frames.push_back(std::make_unique<CallFrame>());
+    return *m_frames[index];
 }
 
 CompiledStatements::LoggedCall& CompiledStatements::Log(uint32_t position, int depth, uint32_t returnPosition) {

@@ -95,13 +95,31 @@ bool CompiledStatements::RunStep(COrvoBasic& basic, Entry& entry, Row& row) {
     basic.m_stmtPos = basic.m_pos;
     if (basic.m_exprDepth == 0) basic.m_exprAbandoned = false;   // as at the start of every statement
     if (entry.assignment) {
-        // A call of a script function runs statements of its own: the
-        // statement loop runs this one with the interpreter's state current.
-        if (entry.assignment->callsScript || !Assign(basic, *entry.assignment)) return false;
+        if (entry.assignment->callsScript) return RunCallingStep(basic, *entry.assignment, row);
+        if (!Assign(basic, *entry.assignment)) return false;
         Advance(basic, row, entry.assignment->afterLine, true);
         return true;
     }
     return RunWord(basic, entry, row);
+}
+
+// An assignment that calls script functions: they run statements of their
+// own, so the row's state goes into the interpreter first, as reading the
+// target's name leaves it. When the statement needs the text path, the
+// text path runs it here and the row ends.
+bool CompiledStatements::RunCallingStep(COrvoBasic& basic, CompiledStatement& statement, Row& row) {
+    Leave(basic, row);
+    BASIC_TOKEN_TYPE previous = basic.m_tokenType;
+    Restore(basic, statement.start);
+    basic.m_prevTokenType = previous;
+    if (RunCalling(basic, statement)) {
+        Advance(basic, row, statement.afterLine, true);
+        return true;
+    }
+    basic.putback();
+    basic.assignment();
+    row.ended = true;
+    return true;
 }
 
 bool CompiledStatements::RunWord(COrvoBasic& basic, Entry& entry, Row& row) {
