@@ -764,7 +764,12 @@ private:
     void PlaceSpare(Binding& binding, int64_t entryBytes);
     // What a variable's entry under `key` is charged besides its values.
     static int64_t EntryBytes(const CString& key);
-    Binding& LocalBinding(Symbol& symbol);
+    Binding& LocalBinding(Symbol& symbol) {
+        unsigned level = m_scopeLevel;
+        if (level < symbol.byLevel.size() && symbol.byLevel[level]) return *symbol.byLevel[level];
+        return NewLocalBinding(symbol);
+    }
+    Binding& NewLocalBinding(Symbol& symbol);
     void Unbind(const CString& key);
     const CString& LevelSuffix(unsigned level);
     void ForgetTextCaches();

@@ -57,6 +57,7 @@ struct TokenState {
 struct ScriptCallSite {
     static constexpr size_t kMaxArguments = 4;   // more: the call is not compiled
     std::vector<uint32_t> arguments;
+    uint8_t computed = 0;   // bit i: argument i is arithmetic on numbers alone (no lone variable)
     TokenState atCall;
 };
 

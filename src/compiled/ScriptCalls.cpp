@@ -46,6 +46,12 @@ bool CompiledStatements::CallScript(COrvoBasic& basic, std::vector<ExprNode>& no
     Scalar values[ScriptCallSite::kMaxArguments];
     for (size_t i = 0; i < count; ++i) {
         uint32_t at = site.arguments[i];
+        // Arithmetic on numbers alone is computed as doubles; anything else
+        // (a text in a variable) as values, from the start again.
+        if ((site.computed >> i & 1) && Evaluate(basic, nodes, at, values[i].number)) {
+            values[i].kind = Scalar::Kind::Double;
+            continue;
+        }
         if (!EvaluateValue(basic, nodes, at, values[i])) return false;
         if (IsLone(nodes[at]) && !values[i].plain) return false;   // the text path passes the whole variable
     }

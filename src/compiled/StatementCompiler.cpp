@@ -247,6 +247,22 @@ uint32_t StatementCompiler::Call() {
     return at;
 }
 
+namespace {
+
+// The expression whose nodes begin at `first` (its root last) computes a
+// number from numbers and variables: no text, no call, no lone variable.
+bool IsComputedNumber(const std::vector<ExprNode>& nodes, size_t first) {
+    NodeKind root = nodes.back().kind;
+    if (root == NodeKind::Variable || root == NodeKind::Element) return false;
+    for (size_t i = first; i < nodes.size(); ++i) {
+        NodeKind kind = nodes[i].kind;
+        if (kind == NodeKind::Text || kind == NodeKind::Call || kind == NodeKind::ScriptCall) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
 // A call of a script function, read as GetParamList reads it. Nothing read
 // before it may be read again after it (a variable the call could change):
 // only its own arguments read variables, and they hold no calls.
@@ -272,12 +288,15 @@ uint32_t StatementCompiler::ScriptCall() {
     if (b.m_token != u"(") throw Failed{};
     Next();
     std::vector<uint32_t> arguments;
+    uint8_t computed = 0;
     bool empty = b.m_token == u")";
     b.putback();
     if (!empty) {
         do {
             if (arguments.size() == ScriptCallSite::kMaxArguments) throw Failed{};
+            size_t first = m_out->nodes.size();
             arguments.push_back(Expression());
+            if (IsComputedNumber(m_out->nodes, first)) computed |= static_cast<uint8_t>(1u << (arguments.size() - 1));
             Next();
         } while (b.m_token == u",");
         if (b.m_token != u")") throw Failed{};
@@ -287,6 +306,7 @@ uint32_t StatementCompiler::ScriptCall() {
         if (m_out->nodes[i].kind == NodeKind::Call || m_out->nodes[i].kind == NodeKind::ScriptCall) throw Failed{};
     ScriptCallSite& site = *m_out->nodes[at].site;
     site.arguments = std::move(arguments);
+    site.computed = computed;
     site.atCall = Save();
     Next();
     Next();

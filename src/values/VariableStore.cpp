@@ -36,8 +36,9 @@ COrvoBasic::Binding& COrvoBasic::BindingFor(const CString& key) {
     return it->second;
 }
 
-// The binding of the symbol's local at the current scope level.
-COrvoBasic::Binding& COrvoBasic::LocalBinding(Symbol& symbol) {
+// The binding of the symbol's local at the current scope level, looked up
+// the first time that level asks for it.
+COrvoBasic::Binding& COrvoBasic::NewLocalBinding(Symbol& symbol) {
     unsigned level = m_scopeLevel;
     if (symbol.byLevel.size() <= level) symbol.byLevel.resize(level + 1, nullptr);
     Binding*& binding = symbol.byLevel[level];

@@ -51,6 +51,18 @@ TEST_F(HostFunctionCallSite, AHostFunctionAddedBetweenEventsTakesOverTheSite) {
     OB_FreeScript(s);
 }
 
+TEST_F(HostFunctionCallSite, AnAssignmentThatRanItsCallOftenFindsTheHostFunctionThatTookOverTheName) {
+    OB_HANDLE s = Run("assigned.bas", "event create Go, go\nstayresident\nend\n"
+                                      "function go()\n  x = twicenow(4) + 1\n  print x\nendfunction\n"
+                                      "function twicenow(n)\n  twicenow = n * 2\nendfunction\n");
+    for (int i = 0; i < 3; ++i) OB_SendEvent(s, u"Go", nullptr, 0);
+    EXPECT_TRUE(s->AddCustomFunction(u"TwiceNow", HostTwice, 1, 100));
+    OB_SendEvent(s, u"Go", nullptr, 0);
+    EXPECT_EQ(desktop.Printed(), Lines({"9.000000", "9.000000", "9.000000", "102.000000"}));
+    EXPECT_TRUE(desktop.Errors().empty());
+    OB_FreeScript(s);
+}
+
 TEST_F(HostFunctionCallSite, AHostFunctionAddedWhileTheArgumentsRunIsTheOneCalled) {
     ASSERT_EQ(OB_AddCustomFunctionUtf8("addtwice", AddTwiceNow, 0, nullptr), 1);
     OB_HANDLE s = Run("during.bas", "print twicelater(addtwice())\nprint twicelater(3)\nend\n"
