@@ -13,8 +13,6 @@
 // each call in the same state and leaves it in the same state.
 #include "compiled/CompiledStatements.h"
 
-#include <utility>
-
 using namespace ob;
 
 namespace {

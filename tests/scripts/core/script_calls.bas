@@ -58,8 +58,17 @@ next
 # expect: 119.000000
 # expect: 20.000000
 # expect: 220.000000
-# the function's own value, made anew at every call, recursion
-print fib(15)  # expect: 610.000000
+# a watched target: its event comes once per store, after the call
+global seen
+seen = 0
+event create Changed, onchanged
+watch create seen, Changed
+for i = 1 to 2
+  seen = twice(i) + 1
+next
+# expect: changed to 3.000000
+# expect: changed to 5.000000
+watch remove seen
 # the end of the run inside a call: nothing after it runs
 c = noisy(1) + quit(1) + noisy(2)
 # expect: noisy221.000000
@@ -91,14 +100,10 @@ function bump(x)
   n = 100
   bump = x + 1
 endfunction
-function fib(x)
-  if x < 2 then
-    fib = x
-  else
-    fib = fib(x - 1) + fib(x - 2)
-  endif
-endfunction
 function quit(x)
   print "quit"
   end
+endfunction
+function onchanged(v)
+  print "changed to "; v
 endfunction
