@@ -15,6 +15,7 @@
 #include <orvobasic/COrvoBasic.h>
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -258,7 +259,9 @@ private:
     };
     // Per text position: 0, or 1 + the index of its entry.
     std::vector<uint32_t> m_entries;
-    std::vector<Entry> m_entryList;
+    // A deque: a statement of a row may run script (a call, a watch's
+    // event) that adds entries while the row holds on to its own.
+    std::deque<Entry> m_entryList;
     // The token state the statements run in a row would have left; it is
     // put into the interpreter only when the row ends.
     struct Row {
