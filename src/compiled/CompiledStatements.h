@@ -162,8 +162,10 @@ public:
     // when a compiled assignment known to begin there ran, with the line end
     // after it read as well; false when the loop must read it (nothing done).
     // With `tokens`, a line end or statement word read there before is
-    // taken as read again (without reading the text) and dispatched.
-    bool RunStatementAt(COrvoBasic& basic, bool tokens);
+    // taken as read again (without reading the text) and dispatched. With
+    // `bodyEnds` (in a function body), a word that ends the body is taken
+    // as read again and *bodyEnds set.
+    bool RunStatementAt(COrvoBasic& basic, bool tokens, bool* bodyEnds = nullptr);
     // The statement loop has read the first token of the statement starting
     // at `start`: a line end or a statement word is remembered.
     void NoteStatementToken(COrvoBasic& basic, uint32_t start);

@@ -19,6 +19,11 @@ bool IsQuietWord(COMMAND_TYPE command) {
     return command == CMD_ENDIF || command == CMD_THEN || command == CMD_TO;
 }
 
+// Words that end the statements of a function or sub.
+bool EndsBody(COMMAND_TYPE command) {
+    return command == CMD_ENDFUNCTION || command == CMD_ENDSUB || command == CMD_RETURN;
+}
+
 }  // namespace
 
 uint32_t& CompiledStatements::EntryAt(const COrvoBasic& basic, uint32_t start) {
@@ -57,7 +62,7 @@ void CompiledStatements::Leave(COrvoBasic& basic, Row& row) {
     row = Row{};
 }
 
-bool CompiledStatements::RunStatementAt(COrvoBasic& basic, bool tokens) {
+bool CompiledStatements::RunStatementAt(COrvoBasic& basic, bool tokens, bool* bodyEnds) {
     Row row;
     bool ran = false;
     for (;;) {
@@ -74,6 +79,16 @@ bool CompiledStatements::RunStatementAt(COrvoBasic& basic, bool tokens) {
             continue;
         }
         if (!RunStep(basic, entry, row)) {
+            if (bodyEnds && !entry.assignment && EndsBody(entry.token.command) && !basic.m_controlActive) {
+                // Read as the body's statement loop reads it, which then returns.
+                Leave(basic, row);
+                basic.m_stmtPos = basic.m_pos;
+                BASIC_TOKEN_TYPE previous = basic.m_tokenType;
+                Restore(basic, entry.token);
+                basic.m_prevTokenType = previous;
+                *bodyEnds = true;
+                return true;
+            }
             if (ran || !tokens || entry.assignment) break;
             // A statement word the text path dispatches: it would read it again.
             BASIC_TOKEN_TYPE previous = basic.m_tokenType;

@@ -83,7 +83,9 @@ bool COrvoBasic::RunFunctionBody() {
     FindEOL();
     for (;;) {
         m_stmtPos = m_pos;
-        if (m_compiled && m_compiled->RunStatementAt(*this, false)) {
+        bool ends = false;
+        if (m_compiled && m_compiled->RunStatementAt(*this, false, &ends)) {
+            if (ends) return true;
             if (m_stop) return false;
             continue;
         }
