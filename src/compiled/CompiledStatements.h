@@ -274,6 +274,7 @@ private:
     };
     static void Advance(COrvoBasic& basic, Row& row, const TokenState& state, bool ownPrevious);
     static void Leave(COrvoBasic& basic, Row& row);
+    static void TakeToken(COrvoBasic& basic, Row& row, const TokenState& token);
     bool RunStep(COrvoBasic& basic, Entry& entry, Row& row);
     bool RunWord(COrvoBasic& basic, Entry& entry, Row& row);
     bool RunCallingStep(COrvoBasic& basic, CompiledStatement& statement, Row& row);

@@ -61,7 +61,7 @@ bool CompiledStatements::CallScript(COrvoBasic& basic, std::vector<ExprNode>& no
     // As reading the call's name and arguments leaves the interpreter.
     Restore(basic, site.atCall);
     basic.m_function = FT_USER;
-    basic.m_curFuncName = call.desc->name;
+    if (basic.m_curFuncName != call.desc->name) basic.m_curFuncName = call.desc->name;
     basic.m_curFuncPos = call.desc->bodyPosition;
     basic.m_curFuncDesc = call.desc;
     basic.m_curFuncEpoch = call.epoch;

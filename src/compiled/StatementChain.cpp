@@ -51,6 +51,17 @@ void CompiledStatements::Advance(COrvoBasic& basic, Row& row, const TokenState& 
     basic.m_pos = state.position;
 }
 
+// Leave, then `token` read at the cursor: the token state is that token's,
+// with the row's last token as the one before it.
+void CompiledStatements::TakeToken(COrvoBasic& basic, Row& row, const TokenState& token) {
+    BASIC_TOKEN_TYPE previous = row.last ? row.last->type : basic.m_tokenType;
+    if (row.last && token.pendingIndex == kKeepPendingIndex && row.pendingIndex != kKeepPendingIndex)
+        basic.m_pendingIndex = row.pendingIndex;
+    Restore(basic, token);
+    basic.m_prevTokenType = previous;
+    row = Row{};
+}
+
 // Puts the token state of the row into the interpreter; the cursor stays.
 void CompiledStatements::Leave(COrvoBasic& basic, Row& row) {
     if (!row.last) return;
@@ -81,11 +92,8 @@ bool CompiledStatements::RunStatementAt(COrvoBasic& basic, bool tokens, bool* bo
         if (!RunStep(basic, entry, row)) {
             if (bodyEnds && !entry.assignment && EndsBody(entry.token.command) && !basic.m_controlActive) {
                 // Read as the body's statement loop reads it, which then returns.
-                Leave(basic, row);
                 basic.m_stmtPos = basic.m_pos;
-                BASIC_TOKEN_TYPE previous = basic.m_tokenType;
-                Restore(basic, entry.token);
-                basic.m_prevTokenType = previous;
+                TakeToken(basic, row, entry.token);
                 *bodyEnds = true;
                 return true;
             }
@@ -123,10 +131,7 @@ bool CompiledStatements::RunStep(COrvoBasic& basic, Entry& entry, Row& row) {
 // target's name leaves it. When the statement needs the text path, the
 // text path runs it here and the row ends.
 bool CompiledStatements::RunCallingStep(COrvoBasic& basic, CompiledStatement& statement, Row& row) {
-    Leave(basic, row);
-    BASIC_TOKEN_TYPE previous = basic.m_tokenType;
-    Restore(basic, statement.start);
-    basic.m_prevTokenType = previous;
+    TakeToken(basic, row, statement.start);
     if (RunCalling(basic, statement)) {
         Advance(basic, row, statement.afterLine, true);
         return true;
