@@ -669,8 +669,15 @@ private:
     bool DimOne(bool global);
     bool RunFunctionBody();
     struct CallScope;
+    // A script function's value when it is one bare number (no field name,
+    // no text buffer): handed over as the number instead of copied.
+    struct NumberResult {
+        bool taken = false;
+        bool integer = false;
+        double value = 0;
+    };
     bool ExecScriptFunction(const CFuncDesc& desc, const CString& name, CBasicVariable& result, CArgArray& args,
-                            bool isCall);
+                            bool isCall, NumberResult* number = nullptr);
     CBasicVariable* FunctionResult(const CFuncDesc& desc, const CString& name);
     void CreateVariableAt(const CString& name, const CBasicVariable& value, int index);
     bool BindDecodedParameters(uint32_t bodyPosition, CArgArray& args);

@@ -65,31 +65,27 @@ bool CompiledStatements::CallScript(COrvoBasic& basic, std::vector<ExprNode>& no
     basic.m_curFuncPos = call.desc->bodyPosition;
     basic.m_curFuncDesc = call.desc;
     basic.m_curFuncEpoch = call.epoch;
-    CBasicVariable& value = frame.result;
-    bool ok = basic.ExecScriptFunction(*call.desc, call.desc->name, value, args, false);
+    COrvoBasic::NumberResult number;
+    bool ok = basic.ExecScriptFunction(*call.desc, call.desc->name, frame.result, args, false, &number);
     basic.m_argBuffers = bufferMark;
     LoggedCall& logged = basic.m_compiled->Log(call.variable.position, basic.m_callDepth, site.atCall.position);
-    logged.numeric = false;
-    if (ok && !basic.m_halted && value.GetNumItems() == 1) {
-        const CVarBase& item = value.GetCurrent();
-        VARTYPE type = item.GetVarType();
-        if ((type == VT_R8 || type == VT_I4) && item.GetFieldName().empty() && !item.HasStringBuffer()) {
-            out.kind = type == VT_R8 ? Scalar::Kind::Double : Scalar::Kind::Integer;
-            out.number = item.GetDoubleValue();
-            out.plain = true;
-            logged.numeric = true;
-            logged.result = out;
-            return true;
-        }
+    logged.numeric = ok && number.taken;
+    if (logged.numeric) {
+        out.kind = number.integer ? Scalar::Kind::Integer : Scalar::Kind::Double;
+        out.number = number.value;
+        out.plain = true;
+        logged.result = out;
+        return !basic.m_halted;
     }
-    // A call that failed leaves the text path's value as it was made: new.
-    logged.value = ok ? value : CBasicVariable();
+    // Any other value came as a copy; a call that failed leaves the text
+    // path's value as it was made: new.
+    logged.value = ok ? frame.result : CBasicVariable();
     return false;
 }
 
 // The arguments and value of calls made at call depth `depth`, kept from
-// call to call: they only ever hold one number or text, which each call
-// sets, and the value is set by every call that succeeds.
+// call to call: the arguments only ever hold one number or text, which each
+// call sets, and the value is only read after a call that set it.
 CompiledStatements::CallFrame& CompiledStatements::FrameAt(int depth) {
     auto index = static_cast<size_t>(depth);
     while (m_frames.size() <= index) m_frames.push_back(std::make_unique<CallFrame>());
