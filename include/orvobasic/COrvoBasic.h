@@ -447,7 +447,7 @@ public:
     static int KeywordToType(ob::KEYWORD_TYPE keyword);
     bool ExecGetVarStats(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
     bool ExecGarbageCollection(CBasicVariable& result, CArgArray& args, ob::FUNCTION_TYPE type);
-    size_t VariableCount() const { return m_variables.size(); }
+    size_t VariableCount() const { return m_variables.size() - m_dormant; }
     std::vector<CString>& OperandList() { return m_operands; }
 
     // statement loop
@@ -730,10 +730,13 @@ private:
     struct Binding {
         CBasicVariable* variable = nullptr;
         const CString* key = nullptr;   // the store's key (the map node's own)
-        // A function's value is removed from the store each time the
-        // function starts; its entry waits here, emptied, to be put back
-        // when the value is set again instead of being made anew.
-        VariableMap::node_type spare;
+        // The store's entry of the name while it is bound or dormant.
+        std::unique_ptr<CBasicVariable>* slot = nullptr;
+        // A function's value leaves the store each time the function
+        // starts. Its entry stays in the map, empty (dormant: no variable of
+        // that name exists), and the variable waits here, emptied, to be put
+        // back when the value is set again instead of being made anew.
+        std::unique_ptr<CBasicVariable> spare;
         int64_t createdBytes = 0;   // what CreateVariableAt charged for the name (0: not yet)
     };
     // A lower-cased name and its local binding at each scope level, made the
@@ -778,6 +781,12 @@ private:
     }
     Binding& NewLocalBinding(Symbol& symbol);
     void Unbind(const CString& key);
+    void Forget(Binding& binding);
+    // A variable of that store key exists (its entry is not dormant).
+    bool IsStored(const CString& key) const {
+        auto it = m_variables.find(key);
+        return it != m_variables.end() && it->second;
+    }
     const CString& LevelSuffix(unsigned level);
     void ForgetTextCaches();
     // Compiled forms of statements by start position; null when the
@@ -815,6 +824,7 @@ private:
     ob::FunctionMap m_functions;
     std::unordered_map<CString, ob::KEYWORD_TYPE, ob::CStringHash> m_keywords;
     VariableMap m_variables;
+    size_t m_dormant = 0;   // entries of m_variables that hold no variable (see Binding::spare)
     std::unordered_map<CString, uint32_t, ob::CStringHash> m_labels;
     std::vector<CString> m_operands;    // expression operand list
     CString m_scratchName;              // reused by FindVariable

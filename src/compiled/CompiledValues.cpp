@@ -260,7 +260,7 @@ bool CompiledStatements::Create(COrvoBasic& basic, CompiledStatement& statement,
     if (value.IsText() && value.text->size() > kLongText) return false;
     auto* binding = static_cast<COrvoBasic::Binding*>(statement.target.levelBinding);   // set by Find
     if (binding && statement.target.level == basic.m_scopeLevel && binding->spare && binding->createdBytes) {
-        StoreScalar(*binding->spare.mapped(), value);
+        StoreScalar(*binding->spare, value);
         basic.PlaceSpare(*binding, binding->createdBytes);
     } else {
         CBasicVariable made;

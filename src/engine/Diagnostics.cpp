@@ -106,6 +106,7 @@ CString COrvoBasic::ClosestDefinedName(int id, const CString& name) const {
     CString suffix = CString(u"__#") + CString::FromUtf8(std::to_string(m_scopeLevel));
     for (const auto& entry : m_variables) {
         const CString& key = entry.first;
+        if (!entry.second) continue;
         size_t mark = key.find(u"__#");
         if (mark == CString::npos) consider(key);   // a global, as declared
         else if (key.size() - mark == suffix.size() && key.compare(mark, suffix.size(), suffix) == 0)
@@ -140,7 +141,7 @@ CString COrvoBasic::HintFor(const ErrorRecord& r) const {
     case 9: return Contains(r.sourceLine, u">=") ? u"greater-or-equal is written \"=>\" in this language" : CString();
     case 37:
         if (m_scopeLevel > 1 && !r.subject.empty() &&
-            m_variables.count(CString(Lowered(r.subject) + u"__#1")))
+            IsStored(CString(Lowered(r.subject) + u"__#1")))
             return u"variables of the main program are not visible in functions unless declared \"global\"";
         return CString();
     case 31:

@@ -51,7 +51,8 @@ bool COrvoBasic::ResolvePath(CString& path) { return !m_pathResolver || m_pathRe
 
 uint64_t COrvoBasic::CountCells() const {
     uint64_t cells = 0;
-    for (const auto& entry : m_variables) cells += static_cast<uint64_t>(entry.second->GetNumItems());
+    for (const auto& entry : m_variables)
+        if (entry.second) cells += static_cast<uint64_t>(entry.second->GetNumItems());
     return cells;
 }
 

@@ -69,15 +69,20 @@ void COrvoBasic::AdoptVariable(const CString& key, std::unique_ptr<CBasicVariabl
 void COrvoBasic::AdoptVariable(const CString& key, std::unique_ptr<CBasicVariable> variable, Binding& binding) {
     variable->AttachMeter(&m_meter, EntryBytes(key));
     std::unique_ptr<CBasicVariable>& slot = m_variables[key];
+    if (binding.spare) {   // the entry was dormant
+        binding.spare.reset();
+        --m_dormant;
+    }
     slot = std::move(variable);
     binding.variable = slot.get();
+    binding.slot = &slot;
 }
 
 // AdoptVariable of a copy of `value` into the spare entry of `binding`: the
 // variable there is made anew in place, so that it is charged and holds
 // exactly what a new one would.
 void COrvoBasic::ReviveVariable(const CString& key, const CBasicVariable& value, Binding& binding) {
-    CBasicVariable* variable = binding.spare.mapped().get();
+    CBasicVariable* variable = binding.spare.get();
     std::destroy_at(variable);
     std::construct_at(variable, value);
     PlaceSpare(binding, EntryBytes(key));
@@ -86,11 +91,10 @@ void COrvoBasic::ReviveVariable(const CString& key, const CBasicVariable& value,
 // Puts the spare entry of `binding`, its variable holding its new value,
 // back into the store.
 void COrvoBasic::PlaceSpare(Binding& binding, int64_t entryBytes) {
-    VariableMap::node_type node = std::move(binding.spare);
-    node.mapped()->AttachMeter(&m_meter, entryBytes);
-    auto placed = m_variables.insert(std::move(node));
-    if (!placed.inserted) placed.position->second = std::move(placed.node.mapped());   // replaces, as adopting does
-    binding.variable = placed.position->second.get();
+    binding.spare->AttachMeter(&m_meter, entryBytes);
+    *binding.slot = std::move(binding.spare);
+    binding.variable = binding.slot->get();
+    --m_dormant;
 }
 
 // The run ends as a budget ends it. Whatever the failed allocation was for

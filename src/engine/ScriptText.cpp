@@ -68,7 +68,7 @@ void COrvoBasic::ForEachMainVariable(const std::function<void(const CString&, co
     static const CString kMainLevel = u"__#1";
     std::map<CString, const CBasicVariable*> sorted;
     for (const auto& [key, variable] : m_variables) {
-        if (key == u"Nothing" || key == u"True" || key == u"False") continue;
+        if (!variable || key == u"Nothing" || key == u"True" || key == u"False") continue;
         size_t mark = key.find(u"__#");
         if (mark == CString::npos) sorted.emplace(key, variable.get());
         else if (key.compare(mark, CString::npos, kMainLevel) == 0) sorted.emplace(CString(key.substr(0, mark)), variable.get());

@@ -233,6 +233,6 @@ bool COrvoBasic::HandleAutomationError(HRESULT code, EXCEPINFO& exception) {
 
 bool COrvoBasic::ObjectVariablesFree(unsigned level) {
     for (auto& entry : m_variables)
-        if (LevelOfKey(entry.first) >= level) entry.second->ReleaseObjects();
+        if (entry.second && LevelOfKey(entry.first) >= level) entry.second->ReleaseObjects();
     return true;
 }

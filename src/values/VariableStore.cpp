@@ -54,7 +54,17 @@ COrvoBasic::Binding& COrvoBasic::NewLocalBinding(Symbol& symbol) {
 // A variable left the store: its binding names nothing any more.
 void COrvoBasic::Unbind(const CString& key) {
     auto it = m_bindings.find(key);
-    if (it != m_bindings.end()) it->second.variable = nullptr;
+    if (it != m_bindings.end()) Forget(it->second);
+}
+
+// The binding's store entry is gone: nothing is bound or dormant there.
+void COrvoBasic::Forget(Binding& binding) {
+    binding.variable = nullptr;
+    binding.slot = nullptr;
+    if (binding.spare) {
+        binding.spare.reset();
+        --m_dormant;
+    }
 }
 
 // VariableUndefine of a function's own name, whose definition is at
@@ -71,12 +81,12 @@ bool COrvoBasic::UndefineLocal(uint32_t position, const CString& lowerName) {
     Binding& binding = LocalBinding(*facts.result);
     if (!binding.variable) return false;
     // Removed as erasing would remove it: the value and its charge go now.
-    VariableMap::node_type node = m_variables.extract(*binding.key);
-    CBasicVariable* variable = node.mapped().get();
+    binding.spare = std::move(*binding.slot);
+    CBasicVariable* variable = binding.spare.get();
     std::destroy_at(variable);
     std::construct_at(variable);
-    binding.spare = std::move(node);
     binding.variable = nullptr;
+    ++m_dormant;
     return true;
 }
 
@@ -101,18 +111,18 @@ CBasicVariable* COrvoBasic::FindVariableAt(uint32_t position, const CString& nam
 
 CBasicVariable* COrvoBasic::FindVariable(CString& name) {
     auto it = m_variables.find(name);
-    if (it != m_variables.end()) return it->second.get();
+    if (it != m_variables.end() && it->second) return it->second.get();
     CString& local = m_scratchName;
     local.assign(name);
     AddScopeLevelExtension(local);
     it = m_variables.find(local);
-    if (it == m_variables.end()) return nullptr;
+    if (it == m_variables.end() || !it->second) return nullptr;
     name = local;
     return it->second.get();
 }
 
 CString COrvoBasic::GetVariableName(const CString& name) {
-    if (m_variables.count(name)) return name;
+    if (IsStored(name)) return name;
     CString decorated = name;
     AddScopeLevelExtension(decorated);
     return decorated;
@@ -196,7 +206,8 @@ bool COrvoBasic::SetVariableSize(const CString& name, int size, bool global) {
 bool COrvoBasic::VariableUndefine(const CString& name) {
     CString key = name;
     AddScopeLevelExtension(key);
-    if (m_variables.erase(key) != 1) return false;
+    if (!IsStored(key)) return false;
+    m_variables.erase(key);
     Unbind(key);
     return true;
 }
@@ -240,7 +251,7 @@ bool COrvoBasic::GetIndex(int& index) {
 }
 
 bool COrvoBasic::VariablesFree() {
-    for (auto& entry : m_bindings) entry.second.variable = nullptr;
+    for (auto& entry : m_bindings) Forget(entry.second);
     m_variables.clear();
     return true;
 }
@@ -313,9 +324,9 @@ bool COrvoBasic::ExecGarbageCollection(CBasicVariable& result, CArgArray&, FUNCT
     for (auto it = m_variables.begin(); it != m_variables.end();) {
         const CString& key = it->first;
         if (key.size() > suffix.size() && key.compare(key.size() - suffix.size(), suffix.size(), suffix) == 0) {
+            if (it->second) ++removed;
             Unbind(key);
             it = m_variables.erase(it);
-            ++removed;
         } else {
             ++it;
         }
@@ -325,7 +336,7 @@ bool COrvoBasic::ExecGarbageCollection(CBasicVariable& result, CArgArray&, FUNCT
 }
 
 bool COrvoBasic::ExecGetVarStats(CBasicVariable& result, CArgArray&, FUNCTION_TYPE) {
-    result.AddItem(static_cast<int>(m_variables.size()));
+    result.AddItem(static_cast<int>(VariableCount()));
     result.AddItem(static_cast<int>(m_argBuffers));
     return true;
 }
