@@ -223,7 +223,7 @@ bool CompiledStatements::RunAssignment(COrvoBasic& basic) {
     if (statement->foldsLine && TokenStartFrom(basic, start) == key) {
         uint32_t& entry = EntryAt(basic, start);
         if (entry == 0 || entry == kSeenOnce) {
-            m_entryList.push_back(Entry{statement, {}, nullptr, std::nullopt});
+            m_entryList.push_back(std::make_unique<Entry>(Entry{statement, {}, nullptr, std::nullopt}));
             entry = static_cast<uint32_t>(m_entryList.size());
         }
     }

@@ -15,7 +15,6 @@
 #include <orvobasic/COrvoBasic.h>
 
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -261,9 +260,9 @@ private:
     };
     // Per text position: 0, or 1 + the index of its entry.
     std::vector<uint32_t> m_entries;
-    // A deque: a statement of a row may run script (a call, a watch's
-    // event) that adds entries while the row holds on to its own.
-    std::deque<Entry> m_entryList;
+    // Each on its own: a statement of a row may run script (a call, a
+    // watch's event) that adds entries while the row holds on to its own.
+    std::vector<std::unique_ptr<Entry>> m_entryList;
     // The token state the statements run in a row would have left; it is
     // put into the interpreter only when the row ends.
     struct Row {

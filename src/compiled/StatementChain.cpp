@@ -38,7 +38,7 @@ void CompiledStatements::NoteStatementToken(COrvoBasic& basic, uint32_t start) {
     if (!SecondSight(entry)) return;
     TokenState token{basic.m_pos, basic.m_token, basic.m_tokenType, TOKEN_NONE, basic.m_command, KW_NONE,
                      kKeepPendingIndex, FT_NONE};
-    m_entryList.push_back(Entry{nullptr, std::move(token), nullptr, std::nullopt});
+    m_entryList.push_back(std::make_unique<Entry>(Entry{nullptr, std::move(token), nullptr, std::nullopt}));
     entry = static_cast<uint32_t>(m_entryList.size());
 }
 
@@ -82,7 +82,7 @@ bool CompiledStatements::RunStatementAt(COrvoBasic& basic, bool tokens, bool* bo
         if (row.ended || start >= m_entries.size() || m_entries[start] == 0 || m_entries[start] == kSeenOnce ||
             basic.m_halted || (ran && basic.m_stop))
             break;
-        Entry& entry = m_entryList[m_entries[start] - 1];
+        Entry& entry = *m_entryList[m_entries[start] - 1];
         if (!entry.assignment && entry.token.type == DELIMITER) {   // a line end: nothing to check or run
             if (basic.m_exprDepth == 0) basic.m_exprAbandoned = false;
             Advance(basic, row, entry.token, false);
