@@ -217,10 +217,16 @@ bool CompiledStatements::Store(COrvoBasic& basic, CompiledStatement& statement, 
     return true;
 }
 
-// The text path leaves the last call it read as the current one.
+// The text path leaves the last call it read as the current one. The name
+// is the descriptor's whenever the descriptor and the table's epoch are
+// those of the current call, so it is copied only when they are not.
 void CompiledStatements::NoteLastCall(COrvoBasic& basic, const ExprNode& call) {
     basic.m_function = call.function;
-    if (basic.m_curFuncName != call.desc->name) basic.m_curFuncName = call.desc->name;
+    if (basic.m_curFuncDesc != call.desc || basic.m_curFuncEpoch != call.epoch) {
+        basic.m_curFuncName = call.desc->name;
+        basic.m_curFuncDesc = call.desc;
+        basic.m_curFuncEpoch = call.epoch;
+    }
     basic.m_curFuncPos = call.desc->bodyPosition;
 }
 

@@ -60,11 +60,7 @@ bool CompiledStatements::CallScript(COrvoBasic& basic, std::vector<ExprNode>& no
     for (size_t i = 0; i < count; ++i) StoreScalar(args[i], values[i]);
     // As reading the call's name and arguments leaves the interpreter.
     Restore(basic, site.atCall);
-    basic.m_function = FT_USER;
-    if (basic.m_curFuncName != call.desc->name) basic.m_curFuncName = call.desc->name;
-    basic.m_curFuncPos = call.desc->bodyPosition;
-    basic.m_curFuncDesc = call.desc;
-    basic.m_curFuncEpoch = call.epoch;
+    NoteLastCall(basic, call);
     COrvoBasic::NumberResult number;
     bool ok = basic.ExecScriptFunction(*call.desc, call.desc->name, frame.result, args, false, &number);
     basic.m_argBuffers = bufferMark;

@@ -347,6 +347,8 @@ std::unique_ptr<CompiledStatement> StatementCompiler::Attempt(Body body) {
     TokenState start = Save();
     CString functionName = b.m_curFuncName;
     int functionPosition = b.m_curFuncPos;
+    const CFuncDesc* functionDesc = b.m_curFuncDesc;
+    uint64_t functionEpoch = b.m_curFuncEpoch;
     auto statement = std::make_unique<CompiledStatement>();
     m_out = statement.get();
     bool ok = true;
@@ -362,6 +364,8 @@ std::unique_ptr<CompiledStatement> StatementCompiler::Attempt(Body body) {
     b.m_function = start.function;
     b.m_curFuncName = std::move(functionName);
     b.m_curFuncPos = functionPosition;
+    b.m_curFuncDesc = functionDesc;
+    b.m_curFuncEpoch = functionEpoch;
     if (!ok) return nullptr;
     statement->end.pendingIndex = readVariable ? 0 : kKeepPendingIndex;
     return statement;

@@ -85,6 +85,8 @@ bool COrvoBasic::EventThrow(const CString& event, CArgArray& args, CBasicVariabl
         KEYWORD_TYPE keyword = b.m_keyword;
         FUNCTION_TYPE function = b.m_function;
         int funcPos = b.m_curFuncPos, pendingIndex = b.m_pendingIndex;
+        const CFuncDesc* funcDesc = b.m_curFuncDesc;
+        uint64_t funcEpoch = b.m_curFuncEpoch;
         uint32_t stmtPos = b.m_stmtPos, pos = b.m_pos;
         size_t operands = b.m_operands.size();
         bool stop = b.m_stop;
@@ -93,6 +95,7 @@ bool COrvoBasic::EventThrow(const CString& event, CArgArray& args, CBasicVariabl
             b.m_tokenType = tokenType; b.m_prevTokenType = prevTokenType;
             b.m_command = command; b.m_keyword = keyword; b.m_function = function;
             b.m_curFuncPos = funcPos; b.m_pendingIndex = pendingIndex; b.m_stmtPos = stmtPos;
+            b.m_curFuncDesc = funcDesc; b.m_curFuncEpoch = funcEpoch;
             b.m_pos = pos;
             if (b.m_operands.size() > operands) b.m_operands.resize(operands);
             b.m_stop = stop || b.m_stop;
