@@ -12,6 +12,7 @@
 #include <orvobasic/automation.h>
 
 #include <cstdint>
+#include <cstring>
 
 enum BASICVARTYPE { BVT_UNSET = 0, BVT_NUMBER = 1, BVT_STRING = 2, BVT_OBJECT = 3 };
 
@@ -79,6 +80,15 @@ public:
         m_double = number;
         return true;
     }
+    // Replaces a number by a number in place, as SetValue(const CVarBase&)
+    // would when neither has a text buffer; false (nothing changed) for any
+    // other pair. The texts are untouched, so the storage stays as it was.
+    bool ReplaceNumber(const CVarBase& other) {
+        if (!IsBufferlessNumber() || !other.IsBufferlessNumber()) return false;
+        m_vt = other.m_vt;
+        std::memcpy(&m_double, &other.m_double, sizeof m_double);
+        return true;
+    }
     long GetLongValue() const;
     IDispatch* GetObjectValue() const;   // borrowed, no reference added
     // Direct access to a stored string, without copying; empty for non-strings.
@@ -119,6 +129,7 @@ private:
         return s.capacity() > inlineCapacity ? (s.capacity() + 1) * sizeof(char16_t) : 0;
     }
     void CopyValueFrom(const CVarBase& other);
+    bool IsBufferlessNumber() const { return (m_vt == VT_R8 || m_vt == VT_I4) && m_buffer.empty(); }
 
     CString m_fieldName;
     VARTYPE m_vt = VT_EMPTY;

@@ -107,6 +107,7 @@ struct Scalar {
 
 // Sets `target` (a variable of one value) to `value`.
 void StoreScalar(CBasicVariable& target, const Scalar& value);
+void StoreDouble(CBasicVariable& target, double value);
 
 // TokenState::pendingIndex when the statement reads no variable token and so
 // leaves the pending subscript as it was.

@@ -251,9 +251,13 @@ bool CompiledStatements::AssignValue(COrvoBasic& basic, CompiledStatement& state
     return Store(basic, statement, var, index, value);
 }
 
+void ob::StoreDouble(CBasicVariable& target, double value) {
+    if (!target.StoreNumber(target.GetCurIndex(), value)) target.SetValue(value);
+}
+
 void ob::StoreScalar(CBasicVariable& target, const Scalar& value) {
     switch (value.kind) {
-    case Scalar::Kind::Double: target.SetValue(value.number); break;
+    case Scalar::Kind::Double: StoreDouble(target, value.number); break;
     case Scalar::Kind::Integer: target.SetValue(static_cast<int>(value.number)); break;
     case Scalar::Kind::Text: target.SetValue(*value.text); break;
     }

@@ -41,23 +41,26 @@ bool CompiledStatements::CallScript(COrvoBasic& basic, std::vector<ExprNode>& no
     if (!StillScriptFunction(basic, call)) return false;
     const ScriptCallSite& site = *call.site;
     size_t count = site.arguments.size();
-    Scalar values[ScriptCallSite::kMaxArguments];
-    for (size_t i = 0; i < count; ++i) {
-        uint32_t at = site.arguments[i];
-        // Arithmetic on numbers alone is computed as doubles; anything else
-        // (a text in a variable) as values, from the start again.
-        if ((site.computed >> i & 1) && Evaluate(basic, nodes, at, values[i].number)) {
-            values[i].kind = Scalar::Kind::Double;
-            continue;
-        }
-        if (!EvaluateValue(basic, nodes, at, values[i])) return false;
-        if (IsLone(nodes[at]) && !values[i].plain) return false;   // the text path passes the whole variable
-    }
-    size_t bufferMark = basic.m_argBuffers;
+    // The arguments go straight into this depth's list: nothing evaluated
+    // here calls a script function, which would use the list as well.
     CallFrame& frame = basic.m_compiled->FrameAt(basic.m_callDepth);
     CArgArray& args = frame.args;
     if (args.size() != count) args.resize(count);
-    for (size_t i = 0; i < count; ++i) StoreScalar(args[i], values[i]);
+    for (size_t i = 0; i < count; ++i) {
+        uint32_t at = site.arguments[i];
+        // Arithmetic on numbers alone is computed as a double; anything else
+        // (a text in a variable) as a value, from the start again.
+        double number = 0;
+        if ((site.computed >> i & 1) && Evaluate(basic, nodes, at, number)) {
+            StoreDouble(args[i], number);
+            continue;
+        }
+        Scalar value;
+        if (!EvaluateValue(basic, nodes, at, value)) return false;
+        if (IsLone(nodes[at]) && !value.plain) return false;   // the text path passes the whole variable
+        StoreScalar(args[i], value);
+    }
+    size_t bufferMark = basic.m_argBuffers;
     // As reading the call's name and arguments leaves the interpreter.
     Restore(basic, site.atCall);
     NoteLastCall(basic, call);

@@ -233,7 +233,7 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
 // else the local bearing the function's name. Called with the descriptor's
 // own name, both bindings are kept at the definition.
 CBasicVariable* COrvoBasic::FunctionResult(const CFuncDesc& desc, const CString& name) {
-    if (name != desc.name) {
+    if (&name != &desc.name && name != desc.name) {
         CString key = name;
         return FindVariable(key);
     }

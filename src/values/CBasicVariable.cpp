@@ -145,6 +145,13 @@ bool CBasicVariable::Increment() {
 // Whole copy of all elements (field names included) and the index; the
 // source's change hook is not copied.
 void CBasicVariable::Set(const CBasicVariable& other) {
+    if (this != &other && m_items.size() == 1 && other.m_items.size() == 1 && m_items[0].GetFieldName().empty() &&
+        other.m_items[0].GetFieldName().empty() && m_items[0].ReplaceNumber(other.m_items[0])) {
+        // One number for another: nothing that is charged changes.
+        m_curIndex = 0;
+        OnChange();
+        return;
+    }
     if (this != &other && m_items.size() == 1 && other.m_items.size() == 1) {
         m_items[0].SetValue(other.m_items[0]);
         m_items[0].SetFieldName(other.m_items[0].GetFieldName());

@@ -292,6 +292,26 @@ TEST(CBasicVariable, SetCopiesEverything) {
     EXPECT_EQ(dst.GetNumItems(), 2);
 }
 
+// One number over another keeps what is charged; a named target still
+// takes the source's (empty) field name.
+TEST(CBasicVariable, SetOfANumberOverANumber) {
+    ob::MemoryMeter meter;
+    CBasicVariable dst(2.5);
+    dst.AttachMeter(&meter, 0);
+    int64_t charged = meter.bytes;
+    dst.Set(CBasicVariable(7));
+    EXPECT_EQ(dst.GetCurrent().GetVarType(), VT_I4);
+    EXPECT_EQ(dst.GetLongValue(), 7);
+    EXPECT_EQ(meter.bytes, charged);
+    CBasicVariable named(1.0);
+    named.SetFieldName(u"a field name longer than a short text");
+    named.AttachMeter(&meter, 0);
+    named.Set(CBasicVariable(2.0));
+    EXPECT_EQ(named.GetFieldName(), u"");
+    EXPECT_EQ(named.GetNumberValue(), 2.0);
+    EXPECT_EQ(meter.bytes, charged + named.ChargedBytes());
+}
+
 // SetValue of a variable copies its current element only; the field name stays.
 TEST(CBasicVariable, SetValueOfAVariableCopiesOneElement) {
     CBasicVariable src;
@@ -399,6 +419,10 @@ TEST_F(ChangeHookTest, EachWriteRaisesOneEvent) {
     v.Redim(2);
     EXPECT_EQ(Events(), 1);
     v.Set(CBasicVariable(3.0));
+    EXPECT_EQ(Events(), 1);
+    CBasicVariable one(1.0);
+    one.SetChangeEvent(m_basic.get(), u"changed");
+    one.Set(CBasicVariable(2.0));   // a number over a number
     EXPECT_EQ(Events(), 1);
     EXPECT_TRUE(v.Increment());
     EXPECT_EQ(Events(), 1);
