@@ -124,7 +124,7 @@ bool CompiledStatements::MayRun(const COrvoBasic& basic, const CompiledStatement
 // FindVariableAt for a name at a fixed position: the global of that spelling
 // when there is one, else the local of the current level. The bindings live
 // as long as the interpreter, so the reference keeps them.
-CBasicVariable* CompiledStatements::Find(COrvoBasic& basic, VariableRef& ref) {
+CBasicVariable* CompiledStatements::FindBinding(COrvoBasic& basic, VariableRef& ref) {
     if (!ref.global) {
         basic.FindVariableAt(ref.position, ref.name);
         COrvoBasic::PositionFacts& facts = basic.FactsAt(ref.position);
@@ -148,12 +148,7 @@ bool CompiledStatements::Evaluate(COrvoBasic& basic, std::vector<ExprNode>& node
     case NodeKind::Number:
         out = node.number;
         return true;
-    case NodeKind::Variable: {
-        CBasicVariable* var = Find(basic, node.variable);
-        if (!var || var->GetNumItems() != 1 || var->GetType() != BVT_NUMBER) return false;
-        out = var->GetNumberValue();
-        return true;
-    }
+    case NodeKind::Variable: return EvaluateOperand(basic, nodes, at, out);
     case NodeKind::Element: {
         double subscript = 0;
         if (!Evaluate(basic, nodes, node.left, subscript)) return false;
@@ -174,10 +169,10 @@ bool CompiledStatements::Evaluate(COrvoBasic& basic, std::vector<ExprNode>& node
         double right = 0;
         // Number operands are read in place: most operations have one.
         const ExprNode& second = nodes[node.right];
-        if (!Evaluate(basic, nodes, node.left, out)) return false;
+        if (!EvaluateOperand(basic, nodes, node.left, out)) return false;
         if (second.kind == NodeKind::Number)
             right = second.number;
-        else if (!Evaluate(basic, nodes, node.right, right))
+        else if (!EvaluateOperand(basic, nodes, node.right, right))
             return false;
         switch (node.symbol) {
         case u'+': out += right; return true;
@@ -243,8 +238,8 @@ bool CompiledStatements::Holds(COrvoBasic& basic, CompiledStatement& statement, 
     if (!MayRun(basic, statement)) return false;
     if (statement.general) return ConditionValue(basic, statement, holds);
     double left = 0, right = 0;
-    if (!Evaluate(basic, statement.nodes, statement.left, left) ||
-        !Evaluate(basic, statement.nodes, statement.right, right))
+    if (!EvaluateOperand(basic, statement.nodes, statement.left, left) ||
+        !EvaluateOperand(basic, statement.nodes, statement.right, right))
         return false;
     holds = Compare(statement.comparison, left, right);
     return true;

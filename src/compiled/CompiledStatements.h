@@ -224,7 +224,29 @@ private:
     CompiledStatement* Lookup(COrvoBasic& basic, uint32_t key, StatementKind kind);
     static bool MayRun(const COrvoBasic& basic, const CompiledStatement& statement);
     static bool Evaluate(COrvoBasic& basic, std::vector<ExprNode>& nodes, uint32_t at, double& out);
-    static CBasicVariable* Find(COrvoBasic& basic, VariableRef& ref);
+    // Evaluate, with a number or a variable read here: most operands are one.
+    static bool EvaluateOperand(COrvoBasic& basic, std::vector<ExprNode>& nodes, uint32_t at, double& out) {
+        ExprNode& node = nodes[at];
+        if (node.kind == NodeKind::Number) {
+            out = node.number;
+            return true;
+        }
+        if (node.kind != NodeKind::Variable) return Evaluate(basic, nodes, at, out);
+        CBasicVariable* var = Find(basic, node.variable);
+        if (!var || var->GetNumItems() != 1 || var->GetType() != BVT_NUMBER) return false;
+        out = var->GetNumberValue();
+        return true;
+    }
+    // The variable `ref` names now; bindings found before are read here.
+    static CBasicVariable* Find(COrvoBasic& basic, VariableRef& ref) {
+        if (ref.global) {
+            auto* global = static_cast<COrvoBasic::Binding*>(ref.global);
+            if (global->variable) return global->variable;
+            if (ref.level == basic.m_scopeLevel) return static_cast<COrvoBasic::Binding*>(ref.levelBinding)->variable;
+        }
+        return FindBinding(basic, ref);
+    }
+    static CBasicVariable* FindBinding(COrvoBasic& basic, VariableRef& ref);
     // Values with texts and calls (CompiledValues.cpp).
     static bool EvaluateValue(COrvoBasic& basic, std::vector<ExprNode>& nodes, uint32_t at, Scalar& out);
     static bool CallBuiltIn(COrvoBasic& basic, std::vector<ExprNode>& nodes, ExprNode& call, Scalar& out);
