@@ -96,14 +96,12 @@ struct Scalar {
     bool plain = true;
     double number = 0;
     const CString* text = nullptr;
-    // Made only for a text made here: most values are numbers.
-    std::optional<CString> own;
+    CString own;
     bool IsText() const { return kind == Kind::Text; }
-    bool OwnsText() const { return own && text == &*own; }
     void SetText(CString&& made) {
         kind = Kind::Text;
         own = std::move(made);
-        text = &*own;
+        text = &own;
     }
 };
 

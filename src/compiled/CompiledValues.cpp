@@ -137,8 +137,8 @@ bool CompiledStatements::Combine(COrvoBasic& basic, const ExprNode& node, Scalar
         const CString& tail = ToText(right, converted);
         size_t length = left.text->size() + tail.size();
         if (length > kLongText) return false;
-        if (left.OwnsText()) {
-            left.own->append(tail);
+        if (left.text == &left.own) {
+            left.own.append(tail);
         } else {
             CString joined;
             joined.reserve(length);
