@@ -11,6 +11,7 @@
 #include "platform/NumberFormat.h"
 
 #include <cmath>
+#include <new>
 
 using namespace ob;
 namespace pf = ob::platform;
@@ -32,6 +33,24 @@ const CString& ToText(const Scalar& value, CString& converted) {
                                                     : CVarBase(value.number).GetStringValue();
     return converted;
 }
+
+// The arguments of one built-in call, each made as it is evaluated: most
+// calls have fewer than the most any of them takes.
+class Arguments {
+public:
+    Arguments() = default;
+    Arguments(const Arguments&) = delete;
+    Arguments& operator=(const Arguments&) = delete;
+    ~Arguments() {
+        for (size_t i = 0; i < m_count; ++i) (*this)[i].~Scalar();
+    }
+    Scalar& Add() { return *new (m_storage + sizeof(Scalar) * m_count++) Scalar(); }
+    Scalar& operator[](size_t i) { return *std::launder(reinterpret_cast<Scalar*>(m_storage + sizeof(Scalar) * i)); }
+
+private:
+    alignas(Scalar) unsigned char m_storage[3 * sizeof(Scalar)];
+    size_t m_count = 0;
+};
 
 void SetNumber(Scalar& out, double number, Scalar::Kind kind = Scalar::Kind::Double) {
     out.kind = kind;
@@ -93,10 +112,10 @@ bool CompiledStatements::StillBuiltIn(COrvoBasic& basic, ExprNode& call) {
 
 bool CompiledStatements::CallBuiltIn(COrvoBasic& basic, std::vector<ExprNode>& nodes, ExprNode& call, Scalar& out) {
     if (!StillBuiltIn(basic, call)) return false;
-    Scalar args[3];
+    Arguments args;   // as many as the built-in takes, which the compiler saw
     const uint32_t at[3] = {call.left, call.right, call.third};
     for (uint8_t i = 0; i < call.argc; ++i)
-        if (!EvaluateValue(basic, nodes, at[i], args[i])) return false;
+        if (!EvaluateValue(basic, nodes, at[i], args.Add())) return false;
     if (call.function == FT_LEN) {
         // the length of a text as an integer; any other value gives the double 0
         if (args[0].IsText()) SetNumber(out, args[0].text->GetLength(), Scalar::Kind::Integer);
