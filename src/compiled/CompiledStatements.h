@@ -235,12 +235,21 @@ private:
         out = var->GetNumberValue();
         return true;
     }
-    // The variable `ref` names now; bindings found before are read here.
+    // The variable `ref` names now; bindings found before are read here,
+    // also those of other levels (a recursive function reads its names at
+    // a new level at every call).
     static CBasicVariable* Find(COrvoBasic& basic, VariableRef& ref) {
         if (ref.global) {
             auto* global = static_cast<COrvoBasic::Binding*>(ref.global);
             if (global->variable) return global->variable;
-            if (ref.level == basic.m_scopeLevel) return static_cast<COrvoBasic::Binding*>(ref.levelBinding)->variable;
+            unsigned level = basic.m_scopeLevel;
+            if (ref.level != level) {
+                const auto& byLevel = static_cast<COrvoBasic::Symbol*>(ref.local)->byLevel;
+                if (level >= byLevel.size() || !byLevel[level]) return FindBinding(basic, ref);
+                ref.levelBinding = byLevel[level];
+                ref.level = level;
+            }
+            return static_cast<COrvoBasic::Binding*>(ref.levelBinding)->variable;
         }
         return FindBinding(basic, ref);
     }
