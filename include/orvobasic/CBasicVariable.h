@@ -83,7 +83,7 @@ public:
     // when nothing was done. Raises the change hook like every write.
     bool AppendInPlace(const CString& tail);
     // SetValue(const CBasicVariable&) from a value holding just `text`.
-    void AssignText(const CString& text);
+    void AssignText(std::u16string_view text);
     // Stores a number into element `index` (which becomes the current one)
     // when that element holds a double and nothing watches the variable:
     // the same as SetValue with a number, without the bookkeeping a change

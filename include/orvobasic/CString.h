@@ -37,6 +37,9 @@ public:
     CString Mid(int start, int count) const;
     CString Left(int count) const;
     CString Right(int count) const;
+    // What Mid, Left and Right copy, seen in place.
+    std::u16string_view MidView(int start, int count) const;
+    std::u16string_view RightView(int count) const;
 
     // Case mapping through the locale-independent character classes.
     CString& MakeLower();

@@ -101,7 +101,8 @@ public:
     bool AppendInPlace(const CString& tail);
     // Stores a text exactly as SetValue(const CVarBase&) stores a value
     // holding that text and no buffer, without making that value first.
-    void AssignText(const CString& text);
+    // The text may be part of this value's own.
+    void AssignText(std::u16string_view text);
 
     // In-place editing of the text form for code that fills a character buffer.
     char16_t* GetStringBuffer(int length);

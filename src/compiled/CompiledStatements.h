@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 namespace ob {
@@ -98,6 +99,7 @@ struct Scalar {
     const CString* text = nullptr;
     CString own;
     bool IsText() const { return kind == Kind::Text; }
+    bool OwnsText() const { return text == &own; }
     void SetText(CString&& made) {
         kind = Kind::Text;
         own = std::move(made);
@@ -256,7 +258,8 @@ private:
     static CBasicVariable* FindBinding(COrvoBasic& basic, VariableRef& ref);
     // Values with texts and calls (CompiledValues.cpp).
     static bool EvaluateValue(COrvoBasic& basic, std::vector<ExprNode>& nodes, uint32_t at, Scalar& out);
-    static bool CallBuiltIn(COrvoBasic& basic, std::vector<ExprNode>& nodes, ExprNode& call, Scalar& out);
+    static bool CallBuiltIn(COrvoBasic& basic, std::vector<ExprNode>& nodes, ExprNode& call, Scalar& out,
+                            std::optional<std::u16string_view>* part = nullptr);
     static bool Combine(COrvoBasic& basic, const ExprNode& node, Scalar& left, const Scalar& right);
     static bool StillBuiltIn(COrvoBasic& basic, ExprNode& call);
     static bool ConditionValue(COrvoBasic& basic, CompiledStatement& statement, bool& holds);
@@ -270,7 +273,8 @@ private:
     bool TakeLogged(COrvoBasic& basic, CBasicVariable& result);
     void DropLogged(int depth);
     bool Append(COrvoBasic& basic, CompiledStatement& statement, CBasicVariable* var);
-    bool Store(COrvoBasic& basic, CompiledStatement& statement, CBasicVariable* var, int index, Scalar& value);
+    bool Store(COrvoBasic& basic, CompiledStatement& statement, CBasicVariable* var, int index, Scalar& value,
+               const std::optional<std::u16string_view>& part = std::nullopt);
     bool Assign(COrvoBasic& basic, CompiledStatement& statement);
     bool Condition(COrvoBasic& basic, uint32_t key, StatementKind kind, bool& holds);
     // Evaluates a compiled condition without moving the cursor; false when

@@ -110,7 +110,11 @@ bool CompiledStatements::StillBuiltIn(COrvoBasic& basic, ExprNode& call) {
     return basic.IsAllowed(CapabilitiesOfCall(*call.desc));
 }
 
-bool CompiledStatements::CallBuiltIn(COrvoBasic& basic, std::vector<ExprNode>& nodes, ExprNode& call, Scalar& out) {
+// With `part`, the result of "left", "mid" or "right" of a text that
+// outlives the call (a variable's or a literal's) is given there, seen in
+// place, instead of being made in `out`.
+bool CompiledStatements::CallBuiltIn(COrvoBasic& basic, std::vector<ExprNode>& nodes, ExprNode& call, Scalar& out,
+                                     std::optional<std::u16string_view>* part) {
     if (!StillBuiltIn(basic, call)) return false;
     Arguments args;   // as many as the built-in takes, which the compiler saw
     const uint32_t at[3] = {call.left, call.right, call.third};
@@ -124,12 +128,13 @@ bool CompiledStatements::CallBuiltIn(COrvoBasic& basic, std::vector<ExprNode>& n
     }
     CString converted;
     const CString& text = ToText(args[0], converted);
+    std::u16string_view piece;
     switch (call.function) {
-    case FT_LEFT: out.SetText(text.Left(pf::TruncateToInt32(ToNumber(args[1])))); return true;
-    case FT_RIGHT: out.SetText(text.Right(pf::TruncateToInt32(ToNumber(args[1])))); return true;
+    case FT_LEFT: piece = text.MidView(0, pf::TruncateToInt32(ToNumber(args[1]))); break;
+    case FT_RIGHT: piece = text.RightView(pf::TruncateToInt32(ToNumber(args[1]))); break;
     case FT_MID:
-        out.SetText(text.Mid(pf::TruncateToInt32(ToNumber(args[1])), pf::TruncateToInt32(ToNumber(args[2]))));
-        return true;
+        piece = text.MidView(pf::TruncateToInt32(ToNumber(args[1])), pf::TruncateToInt32(ToNumber(args[2])));
+        break;
     case FT_INSTR: {
         CString sought;
         SetNumber(out, text.Find(ToText(args[1], sought)), Scalar::Kind::Integer);
@@ -145,6 +150,9 @@ bool CompiledStatements::CallBuiltIn(COrvoBasic& basic, std::vector<ExprNode>& n
     }
     default: return false;
     }
+    if (part && args[0].IsText() && !args[0].OwnsText()) *part = piece;
+    else out.SetText(CString(piece));
+    return true;
 }
 
 // ComputeOperation: a text takes "+" only (the other side as text); a
@@ -156,7 +164,7 @@ bool CompiledStatements::Combine(COrvoBasic& basic, const ExprNode& node, Scalar
         const CString& tail = ToText(right, converted);
         size_t length = left.text->size() + tail.size();
         if (length > kLongText) return false;
-        if (left.text == &left.own) {
+        if (left.OwnsText()) {
             left.own.append(tail);
         } else {
             CString joined;
@@ -214,23 +222,28 @@ bool CompiledStatements::EvaluateValue(COrvoBasic& basic, std::vector<ExprNode>&
     return false;
 }
 
-// Stores as StoreAssignment stores a value of one element.
+// Stores as StoreAssignment stores a value of one element: `value`, or the
+// text `part` when there is one.
 bool CompiledStatements::Store(COrvoBasic& basic, CompiledStatement& statement, CBasicVariable* var, int index,
-                               Scalar& value) {
-    if (value.IsText() && value.text->size() > kLongText) return false;
+                               Scalar& value, const std::optional<std::u16string_view>& part) {
+    size_t length = part ? part->size() : value.IsText() ? value.text->size() : 0;
+    if (length > kLongText) return false;
     var->SetCurIndex(index);
-    switch (value.kind) {
-    case Scalar::Kind::Double:
-        if (var->StoreNumber(index, value.number)) break;
-        m_value.SetValue(value.number);
-        var->SetValue(m_value);
-        break;
-    case Scalar::Kind::Integer: m_value.SetValue(static_cast<int>(value.number)); var->SetValue(m_value); break;
-    case Scalar::Kind::Text:
-        // "s = s" stores what is there already (the text would be cleared
-        // before it is read); anything else is copied in.
-        if (value.text != &var->GetItem(index).StringRef()) var->AssignText(*value.text);
-        break;
+    if (part) {
+        var->AssignText(*part);
+    } else {
+        switch (value.kind) {
+        case Scalar::Kind::Double:
+            if (var->StoreNumber(index, value.number)) break;
+            m_value.SetValue(value.number);
+            var->SetValue(m_value);
+            break;
+        case Scalar::Kind::Integer: m_value.SetValue(static_cast<int>(value.number)); var->SetValue(m_value); break;
+        case Scalar::Kind::Text:
+            // "s = s" stores what is there already; anything else is copied in.
+            if (value.text != &var->GetItem(index).StringRef()) var->AssignText(*value.text);
+            break;
+        }
     }
     if (statement.lastCall >= 0) NoteLastCall(basic, statement.nodes[static_cast<size_t>(statement.lastCall)]);
     return true;
@@ -260,14 +273,22 @@ bool CompiledStatements::AssignValue(COrvoBasic& basic, CompiledStatement& state
         const ExprNode& plus = statement.nodes[statement.value];
         if (Find(basic, statement.nodes[plus.left].variable) == var) return Append(basic, statement, var);
     }
-    if (!EvaluateValue(basic, statement.nodes, statement.value, value)) return false;
+    // A part of a text the value is, is copied once: into the target.
+    std::optional<std::u16string_view> part;
+    ExprNode& top = statement.nodes[statement.value];
+    if (top.kind == NodeKind::Call ? !CallBuiltIn(basic, statement.nodes, top, value, &part)
+                                   : !EvaluateValue(basic, statement.nodes, statement.value, value))
+        return false;
     if (statement.lone && !value.plain) return false;
     if (statement.callsScript) var = Find(basic, statement.target);
-    if (!var) return !statement.indexed && Create(basic, statement, value);
+    if (!var) {
+        if (part) value.SetText(CString(*part));
+        return !statement.indexed && Create(basic, statement, value);
+    }
     if (var->HasChangeEvent()) return false;
     int index = statement.indexed ? pf::TruncateToInt32(ToNumber(subscript)) : 0;
     if (statement.indexed ? (index < 0 || index >= var->GetNumItems()) : var->GetNumItems() != 1) return false;
-    return Store(basic, statement, var, index, value);
+    return Store(basic, statement, var, index, value, part);
 }
 
 void ob::StoreDouble(CBasicVariable& target, double value) {

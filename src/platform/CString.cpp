@@ -34,19 +34,23 @@ int CString::ReverseFind(char16_t c) const {
 
 CString CString::Mid(int start) const { return Mid(start, GetLength()); }
 
-CString CString::Mid(int start, int count) const {
-    if (start < 0) start = 0;
-    if (count <= 0 || start >= GetLength()) return CString();
-    count = std::min(count, GetLength() - start);
-    return CString(substr(static_cast<size_t>(start), static_cast<size_t>(count)));
-}
+CString CString::Mid(int start, int count) const { return CString(MidView(start, count)); }
 
 CString CString::Left(int count) const { return Mid(0, count); }
 
-CString CString::Right(int count) const {
-    if (count <= 0) return CString();
+CString CString::Right(int count) const { return CString(RightView(count)); }
+
+std::u16string_view CString::MidView(int start, int count) const {
+    if (start < 0) start = 0;
+    if (count <= 0 || start >= GetLength()) return {};
+    count = std::min(count, GetLength() - start);
+    return std::u16string_view(*this).substr(static_cast<size_t>(start), static_cast<size_t>(count));
+}
+
+std::u16string_view CString::RightView(int count) const {
+    if (count <= 0) return {};
     if (count >= GetLength()) return *this;
-    return CString(substr(size() - static_cast<size_t>(count)));
+    return std::u16string_view(*this).substr(size() - static_cast<size_t>(count));
 }
 
 CString& CString::MakeLower() {

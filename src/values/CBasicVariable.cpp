@@ -58,7 +58,7 @@ void CBasicVariable::SetValue(CString&& v) {
     WriteCurrent([&](CVarBase& item) { item.SetValue(std::move(v)); });
 }
 
-void CBasicVariable::AssignText(const CString& text) {
+void CBasicVariable::AssignText(std::u16string_view text) {
     WriteCurrent([&](CVarBase& item) { item.AssignText(text); });
 }
 

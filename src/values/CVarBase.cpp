@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <functional>
 #include <utility>
 
 namespace {
@@ -111,10 +112,16 @@ void CVarBase::SetValue(const CString& text) {
     m_str = text;
 }
 
-void CVarBase::AssignText(const CString& text) {
+void CVarBase::AssignText(std::u16string_view text) {
+    const char16_t* own = m_str.data();
+    if (std::greater_equal<>()(text.data(), own) && std::less_equal<>()(text.data(), own + m_str.capacity())) {
+        // part of this value's own text, which clearing would lose
+        AssignText(CString(text));
+        return;
+    }
     Clear();
     m_vt = VT_BSTR;
-    m_str = text;
+    m_str.assign(text);   // grows as copying a string of that text would
     m_buffer.clear();
 }
 

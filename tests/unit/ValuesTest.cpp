@@ -113,6 +113,17 @@ TEST(CVarBase, AssignmentKeepsTheTargetsFieldName) {
     EXPECT_EQ(copy.GetFieldName(), u"");
 }
 
+// A text stored from a part of the value's own text, short and beyond the
+// storage a cleared value keeps.
+TEST(CVarBase, AssignTextFromAPartOfItsOwnText) {
+    CVarBase small(CString(u"abcdefghijklmnopqrstuvwxyz"));
+    small.AssignText(std::u16string_view(small.StringRef()).substr(20));
+    EXPECT_EQ(small.StringRef(), u"uvwxyz");
+    CVarBase big(CString(std::u16string(5000, u'x') + u"tail"));
+    big.AssignText(std::u16string_view(big.StringRef()).substr(5000));
+    EXPECT_EQ(big.StringRef(), u"tail");
+}
+
 TEST(CVarBase, RefusedVariantsLeaveTheValue) {
     CVarBase v(5.0);
     VARIANT in;
