@@ -58,6 +58,8 @@ public:
     bool IsSet() const;
     int GetNumItems() const { return static_cast<int>(m_items.size()); }
     bool IsArray() const { return m_items.size() > 1; }
+    // A single bare number: a copy of the variable is that number.
+    bool IsBareNumber() const { return m_items.size() == 1 && m_items[0].IsBareNumber(); }
     int GetCurIndex() const { return m_curIndex; }
     const CString& GetFieldName() const { return Cur().GetFieldName(); }
 

@@ -80,14 +80,14 @@ public:
         m_double = number;
         return true;
     }
-    // Replaces a number by a number in place, as SetValue(const CVarBase&)
-    // would when neither has a text buffer; false (nothing changed) for any
-    // other pair. The texts are untouched, so the storage stays as it was.
-    bool ReplaceNumber(const CVarBase& other) {
-        if (!IsBufferlessNumber() || !other.IsBufferlessNumber()) return false;
+    // One number and nothing else (no field name, no text buffer).
+    bool IsBareNumber() const { return (m_vt == VT_R8 || m_vt == VT_I4) && m_buffer.empty() && m_fieldName.empty(); }
+    // Between two bare numbers: the number of `other`, as SetValue(const
+    // CVarBase&) would copy it. The texts are untouched, so the storage
+    // stays as it was.
+    void CopyBareNumber(const CVarBase& other) {
         m_vt = other.m_vt;
         std::memcpy(&m_double, &other.m_double, sizeof m_double);
-        return true;
     }
     long GetLongValue() const;
     IDispatch* GetObjectValue() const;   // borrowed, no reference added
@@ -130,7 +130,6 @@ private:
         return s.capacity() > inlineCapacity ? (s.capacity() + 1) * sizeof(char16_t) : 0;
     }
     void CopyValueFrom(const CVarBase& other);
-    bool IsBufferlessNumber() const { return (m_vt == VT_R8 || m_vt == VT_I4) && m_buffer.empty(); }
 
     CString m_fieldName;
     VARTYPE m_vt = VT_EMPTY;

@@ -167,18 +167,6 @@ struct COrvoBasic::CallScope {
     }
 };
 
-namespace {
-
-// The variable is one number and nothing else: a copy of it is that number.
-bool IsBareNumber(const CBasicVariable& var) {
-    if (var.GetNumItems() != 1) return false;
-    const CVarBase& item = var.GetCurrent();
-    VARTYPE type = item.GetVarType();
-    return (type == VT_R8 || type == VT_I4) && item.GetFieldName().empty() && !item.HasStringBuffer();
-}
-
-}  // namespace
-
 // Runs a script function in place: one scope level up, at its definition,
 // then back. Its value is the variable bearing its name at its level.
 bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, CBasicVariable& result,
@@ -218,7 +206,7 @@ bool COrvoBasic::ExecScriptFunction(const CFuncDesc& desc, const CString& name, 
     }
     if (CBasicVariable* var = FunctionResult(desc, name)) {
         if (!MayAllocate(static_cast<uint64_t>(var->ChargedBytes()))) return false;
-        if (number && IsBareNumber(*var)) {
+        if (number && var->IsBareNumber()) {
             *number = NumberResult{true, var->GetCurrent().GetVarType() == VT_I4, var->GetNumberValue()};
             return true;
         }

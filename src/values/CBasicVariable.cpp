@@ -145,9 +145,9 @@ bool CBasicVariable::Increment() {
 // Whole copy of all elements (field names included) and the index; the
 // source's change hook is not copied.
 void CBasicVariable::Set(const CBasicVariable& other) {
-    if (this != &other && m_items.size() == 1 && other.m_items.size() == 1 && m_items[0].GetFieldName().empty() &&
-        other.m_items[0].GetFieldName().empty() && m_items[0].ReplaceNumber(other.m_items[0])) {
+    if (this != &other && IsBareNumber() && other.IsBareNumber()) {
         // One number for another: nothing that is charged changes.
+        m_items[0].CopyBareNumber(other.m_items[0]);
         m_curIndex = 0;
         OnChange();
         return;
